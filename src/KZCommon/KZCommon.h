@@ -1,0 +1,25 @@
+// The package root: every unit of the library, and the start-up that runs their
+// initialisation once, in unit order, when the library is loaded.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "Runtime/Runtime.h"
+
+namespace kz {
+
+/// One unit of the package as the start-up sees it.
+struct TPackageUnit {
+  const char* Name;
+  void (*Initialize)();  // may be null: most units only mark themselves initialised
+  void (*Finalize)();    // may be null
+};
+
+/// The units in package order.
+std::size_t PackageUnitCount();
+const TPackageUnit& PackageUnit(std::size_t Index);
+/// True once the unit's initialisation has run (and until its finalisation has).
+bool IsUnitInitialized(std::string_view Name);
+
+}  // namespace kz

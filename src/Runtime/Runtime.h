@@ -1,0 +1,11 @@
+// The runtime layer the library is built on: object model, errors and messages, text and
+// numbers, persistent objects, interfaces, lists, string lists, collections, components.
+#pragma once
+
+#include "Runtime/Types.h"
+#include "Runtime/Format.h"
+#include "Runtime/Errors.h"
+#include "Runtime/Text.h"
+#include "Runtime/Object.h"
+#include "Runtime/Persistent.h"
+#include "Runtime/Interfaces.h"

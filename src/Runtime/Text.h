@@ -1,0 +1,52 @@
+// Text helpers: UTF-8 conversion, strict number parsing, number text, string comparisons.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "Runtime/Types.h"
+
+namespace kz {
+
+/// UTF-8 to UTF-16; invalid sequences become U+FFFD.
+String Utf8ToString(std::string_view S);
+/// UTF-16 to UTF-8; unpaired surrogates become U+FFFD.
+std::string StringToUtf8(StringView S);
+
+/// Strict decimal parsing: optional sign, digits, nothing else (no blanks).
+/// Raises EConvertError "'%s' is not a valid integer value" on bad text or overflow.
+std::int32_t StrToInt(StringView S);
+std::int64_t StrToInt64(StringView S);
+/// Like StrToInt but answers Default instead of raising.
+std::int32_t StrToIntDef(StringView S, std::int32_t Default);
+/// Strict decimal float: [sign] digits [. digits] [e|E [sign] digits].
+/// Raises EConvertError "'%s' is not a valid floating point value".
+double StrToFloat(StringView S);
+bool TryStrToFloat(StringView S, double& Value);
+
+String IntToStr(std::int64_t V);
+String UIntToStr(std::uint64_t V);
+/// Upper-case hexadecimal, zero-padded to at least Digits.
+String IntToHex(std::uint64_t V, int Digits);
+/// Shortest text that reads back to the same double: fixed notation for decimal exponents
+/// -5..14, otherwise d.dddE+x. "NAN", "INF", "-INF" for the special values.
+String FloatToStr(double V);
+
+/// Ordinal (code unit) comparison: negative, zero or positive.
+int CompareStr(StringView A, StringView B);
+/// Case-insensitive for ASCII letters only; otherwise ordinal.
+int CompareText(StringView A, StringView B);
+bool SameText(StringView A, StringView B);
+/// Collation of the global C++ locale (std::locale()), case-sensitive.
+int AnsiCompareStr(StringView A, StringView B);
+/// Collation of the global C++ locale after case folding with that locale's ctype.
+int AnsiCompareText(StringView A, StringView B);
+bool AnsiSameText(StringView A, StringView B);
+
+String UpperCase(StringView S);  // ASCII letters only
+String LowerCase(StringView S);  // ASCII letters only
+String AnsiUpperCase(StringView S);  // the global locale's case mapping
+String AnsiLowerCase(StringView S);
+String Trim(StringView S);  // removes code units <= space at both ends
+
+}  // namespace kz
