@@ -147,14 +147,14 @@ String Format(StringView Pattern, std::initializer_list<TFormatArg> Args) {
       continue;
     }
     // %[index:][-][width][.precision]type
-    int Number = 0;
-    const std::size_t Mark = i;
-    if (ReadNumber(Number) && i < N && Pattern[i] == u':') {
-      if (static_cast<std::size_t>(Number) >= Args.size()) BadFormat(Pattern);
-      Arg = Args.begin() + Number;
-      ++i;
-    } else {
-      i = Mark;
+    std::size_t j = i;
+    std::size_t Index = 0;
+    while (j < N && Pattern[j] >= u'0' && Pattern[j] <= u'9' && Index <= Args.size())
+      Index = Index * 10 + static_cast<std::size_t>(Pattern[j++] - u'0');
+    if (j > i && j < N && Pattern[j] == u':') {
+      if (Index >= Args.size()) BadFormat(Pattern);
+      Arg = Args.begin() + Index;
+      i = j + 1;
     }
     bool Left = false;
     if (i < N && Pattern[i] == u'-') Left = true, ++i;
