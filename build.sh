@@ -3,6 +3,7 @@
 #   ./build.sh demo      build and run the demonstration on the bundled data
 #   ./build.sh test      build and run the test suite
 #   ./build.sh sanitize  build and run the test suite under ASan + UBSan
+#   ./build.sh clang     build and run the test suite with clang
 #   ./build.sh bench     build and run the benchmarks
 # Installs missing Debian packages first (needs root or sudo).
 set -euo pipefail
@@ -10,7 +11,8 @@ cd "$(dirname "$0")"
 
 deps() {
   local pkgs=(cmake ninja-build g++ libgtest-dev libgmock-dev)
-  [ "${1:-}" = bench ] && pkgs+=(libbenchmark-dev libabsl-dev libboost-dev)
+  [ "${1:-}" = bench ] && pkgs+=(libbenchmark-dev)
+  [ "${1:-}" = clang ] && pkgs+=(clang)
   local missing=()
   for p in "${pkgs[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
@@ -37,6 +39,10 @@ case "${1:-test}" in
   sanitize)
     deps
     cmake --workflow --preset sanitize
+    ;;
+  clang)
+    deps clang
+    cmake --workflow --preset clang
     ;;
   bench)
     deps bench

@@ -1,0 +1,3 @@
+#include "KZCommon/KZCommon.h"
+
+int main() { return kz::IsUnitInitialized("Runtime") && kz::Format(u"%d", {1}) == u"1" ? 0 : 1; }
