@@ -9,3 +9,4 @@
 #include "Runtime/Object.h"
 #include "Runtime/Persistent.h"
 #include "Runtime/Interfaces.h"
+#include "Runtime/StringLists.h"
