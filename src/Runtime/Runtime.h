@@ -10,3 +10,5 @@
 #include "Runtime/Persistent.h"
 #include "Runtime/Interfaces.h"
 #include "Runtime/StringLists.h"
+#include "Runtime/Collections.h"
+#include "Runtime/Components.h"
