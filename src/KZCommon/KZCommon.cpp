@@ -8,8 +8,12 @@ namespace kz {
 namespace {
 
 // Package order. None of the units builds global state at start-up.
-constexpr std::array<TPackageUnit, 1> GUnits{{
+constexpr std::array<TPackageUnit, 5> GUnits{{
     {"Runtime", nullptr, nullptr},
+    {"KZConstants", nullptr, nullptr},
+    {"KZMessages", nullptr, nullptr},
+    {"CommonInterfaces", nullptr, nullptr},
+    {"RefCount", nullptr, nullptr},
 }};
 
 std::array<std::atomic<bool>, GUnits.size()> GInitialized{};

@@ -6,6 +6,10 @@
 #include <string_view>
 
 #include "Runtime/Runtime.h"
+#include "KZConstants/KZConstants.h"
+#include "KZMessages/KZMessages.h"
+#include "CommonInterfaces/CommonInterfaces.h"
+#include "RefCount/RefCount.h"
 
 namespace kz {
 
