@@ -10,5 +10,6 @@
 #include "Runtime/Persistent.h"
 #include "Runtime/Interfaces.h"
 #include "Runtime/StringLists.h"
+#include "Runtime/Lists.h"
 #include "Runtime/Collections.h"
 #include "Runtime/Components.h"

@@ -3,26 +3,16 @@
 #include <string>
 #include <vector>
 
-#include "Counted.h"
+#include "TestSupport.h"
 #include "Runtime/Runtime.h"
 
 using namespace kz;
+using kz::test::MessageOf;
 using kz::test::TCounted;
 
 namespace {
 
 std::vector<String> Lines(const TStrings& L) { return L.ToStringArray(); }
-
-template <class E, class F>
-String MessageOf(F&& Action) {
-  try {
-    Action();
-  } catch (const E& Ex) {
-    return Ex.Message();
-  }
-  ADD_FAILURE() << "no exception of the expected class";
-  return String();
-}
 
 // Records OnChanging / OnChange as '<' and '>'.
 struct TEventLog {
