@@ -37,27 +37,22 @@ TEST(RefCount, QueriesGoToTheOwner) {
   void* Obj = &Obj;
   EXPECT_EQ(Lone->QueryInterface(IInterface::IID, &Obj), static_cast<std::int32_t>(0x80004002u));
   EXPECT_EQ(Obj, nullptr);
-  EXPECT_EQ(Lone->QueryInterface(IProbe::IID, &Obj), E_NOINTERFACE);
-  Lone->_AddRef();
-  Lone->_Release();
+  delete Lone;
 
   TIntfPtr<IProbe> Held(new TProbeOwner);
   auto* Owner = dynamic_cast<TProbeOwner*>(Held.get());
   auto* Counter = new TRefCount(Owner);
-  EXPECT_TRUE(Counter->GetFreeOnRelease());
   {
     TIntfPtr<IProbe> Got = Query<IProbe>(static_cast<IInterface*>(Counter));
     ASSERT_TRUE(Got);
     EXPECT_EQ(Got->Answer(), 42);
-    // The reference handed out is counted by the owner, not by the counter.
+    // The reference handed out is counted by the owner, who will see it released.
     EXPECT_EQ(Owner->RefCount(), 2);
     EXPECT_EQ(Counter->GetRefCount(), 0);
   }
   EXPECT_EQ(Owner->RefCount(), 1);
   EXPECT_EQ(Counter->QueryInterface(TGUID::Parse("{00000000-0000-0000-0000-000000000001}"), &Obj), E_NOINTERFACE);
-  EXPECT_EQ(Counter->GetOwner(), Owner);
-  Counter->_AddRef();
-  Counter->_Release();
+  delete Counter;
 }
 
 TEST(RefCount, DestroysItselfAtZeroButNeverTheOwner) {
@@ -78,42 +73,31 @@ TEST(RefCount, DestroysItselfAtZeroButNeverTheOwner) {
 
 namespace {
 std::vector<std::string> GHeard;
+// Hears what the nexus passes on to its components through the base notification.
 class TListener : public TComponent {
   KZ_CLASS(TListener, TComponent)
  public:
   using TComponent::TComponent;
   void Notification(TComponent* AComponent, TOperation Operation) override {
     inherited::Notification(AComponent, Operation);
-    GHeard.push_back("child " + std::string(Operation == opInsert ? "insert" : "remove"));
-    (void)AComponent;
+    GHeard.push_back("base");
   }
 };
 }  // namespace
 
-TEST(RefCount, NexusPassesNotificationsOn) {
+TEST(RefCount, NexusPassesNotificationsOnAfterTheBase) {
   TComponentNexus Nexus(nullptr);
   new TListener(&Nexus);
+  auto* Watched = new TComponent(nullptr);
   std::vector<std::pair<TComponent*, TOperation>> Events;
   Nexus.SetOnNotification([&](TComponent* C, TOperation Op) {
     Events.emplace_back(C, Op);
     GHeard.push_back("event");
   });
-
-  // The base notification (reaching the nexus's components) runs before the event.
   GHeard.clear();
   auto* Child = new TComponent(&Nexus);
-  EXPECT_EQ(GHeard, (std::vector<std::string>{"child insert", "event"}));
-  ASSERT_EQ(Events.size(), 1u);
-  EXPECT_EQ(Events[0], std::make_pair(Child, opInsert));
-
-  // Watching a component it does not own.
-  Events.clear();
-  auto* Elsewhere = new TComponent(nullptr);
-  Nexus.FreeNotification(Elsewhere);
-  delete Elsewhere;
-  ASSERT_EQ(Events.size(), 1u);
-  EXPECT_EQ(Events[0], std::make_pair(Elsewhere, opRemove));
-
-  Nexus.SetOnNotification(nullptr);
-  delete Child;  // an unassigned event is simply not called
+  EXPECT_EQ(GHeard, (std::vector<std::string>{"base", "event"}));
+  Nexus.FreeNotification(Watched);
+  delete Watched;
+  EXPECT_EQ(Events, (std::vector<std::pair<TComponent*, TOperation>>{{Child, opInsert}, {Watched, opRemove}}));
 }
