@@ -10,6 +10,7 @@
 #include "KZMessages/KZMessages.h"
 #include "CommonInterfaces/CommonInterfaces.h"
 #include "RefCount/RefCount.h"
+#include "Structures/Structures.h"
 
 namespace kz {
 

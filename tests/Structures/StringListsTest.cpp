@@ -1,0 +1,385 @@
+#include <gtest/gtest.h>
+
+#include <locale>
+#include <string>
+#include <vector>
+
+#include "Runtime/TestSupport.h"
+#include "Structures/Structures.h"
+
+using namespace kz;
+using kz::test::MessageOf;
+using kz::test::TCounted;
+
+namespace {
+
+std::vector<String> Lines(const TStrings& L) { return L.ToStringArray(); }
+
+// Appends its name to a shared log when destroyed, to see what is freed and in which order.
+class TLogged : public TObject {
+  KZ_CLASS(TLogged, TObject)
+ public:
+  TLogged(std::string& Log, std::string Name) : FLog(Log), FName(std::move(Name)) {}
+  ~TLogged() override { FLog += FName + ';'; }
+
+ private:
+  std::string& FLog;
+  std::string FName;
+};
+
+// Records what a list tells its owner, one word per call.
+class TOwnerLog : public TInterfacedObject, public IStringListOwner {
+  KZ_CLASS(TOwnerLog, TInterfacedObject)
+  KZ_INTERFACES(IStringListOwner)
+ public:
+  std::string Log;
+  void ListChanged(TStrings*) override { Log += "changed "; }
+  void ListChanging(TStrings*) override { Log += "changing "; }
+  void BeforePut(TStrings*, std::int32_t Index, const String& S) override {
+    Log += "put" + std::to_string(Index) + '=' + StringToUtf8(S) + ' ';
+  }
+  void BeforePutObject(TStrings*, std::int32_t Index, TObject*) override {
+    Log += "putobject" + std::to_string(Index) + ' ';
+  }
+  void BeforeDelete(TStrings*, std::int32_t Index) override { Log += "delete" + std::to_string(Index) + ' '; }
+  void BeforeClear(TStrings*) override { Log += "clear "; }
+};
+
+// Makes the global locale C.UTF-8 for one test, where collation is by code point.
+class TUtf8Locale {
+ public:
+  TUtf8Locale() : FOld(std::locale::global(std::locale("C.UTF-8"))) {}
+  ~TUtf8Locale() { std::locale::global(FOld); }
+
+ private:
+  std::locale FOld;
+};
+
+}  // namespace
+
+TEST(GStringList, CapacityGrowsBySmallStepsThenByAQuarter) {
+  TGStringList L;
+  std::vector<std::int32_t> Seen{L.GetCapacity()};
+  for (int i = 0; i < 95; ++i) {
+    L.Add(u"x");
+    if (L.GetCapacity() != Seen.back()) Seen.push_back(L.GetCapacity());
+  }
+  EXPECT_EQ(Seen, (std::vector<std::int32_t>{0, 4, 8, 12, 28, 44, 60, 76, 95}));
+  EXPECT_EQ(MessageOf<EListError>([&] { L.SetCapacity(94); }), u"List capacity out of bounds (94)");
+  L.Clear();
+  EXPECT_EQ(L.GetCapacity(), 0);
+}
+
+TEST(GStringList, EachStringOpsTypeComparesItsOwnWay) {
+  TUtf8Locale Utf8;
+  TGStringList L;
+  EXPECT_EQ(L.GetStringOpsType(), soCaseInsensitiveLocale);
+  L.Add(u"abc");
+  L.Add(u"\u00E9t\u00E9");  // été
+  // Only the locale folds letters beyond ASCII; only the ordinal ones compare code units.
+  const String Upper = u"\u00C9T\u00C9";  // ÉTÉ
+  EXPECT_EQ(L.IndexOf(u"ABC"), 0);
+  EXPECT_EQ(L.IndexOf(Upper), 1);
+  L.SetStringOpsType(soCaseInsensitive);
+  EXPECT_EQ(L.IndexOf(u"ABC"), 0);
+  EXPECT_EQ(L.IndexOf(Upper), -1);
+  L.SetStringOpsType(soCaseSensitive);
+  EXPECT_EQ(L.IndexOf(u"ABC"), -1);
+  L.SetStringOpsType(soCaseSensitiveLocale);
+  EXPECT_EQ(L.IndexOf(u"ABC"), -1);
+  EXPECT_EQ(L.IndexOf(u"abc"), 0);
+
+  // A character beyond the 16-bit range sorts after U+FF01 by code point, before it by
+  // code unit; switching the type re-sorts a sorted list.
+  TGStringList S;
+  S.SetStringOpsType(soCaseSensitiveLocale);
+  S.Add(u"\U0001F600");
+  S.Add(u"\uFF01");
+  S.SetSorted(true);
+  EXPECT_EQ(Lines(S), (std::vector<String>{u"\uFF01", u"\U0001F600"}));
+  S.SetStringOpsType(soCaseSensitive);
+  EXPECT_EQ(Lines(S), (std::vector<String>{u"\U0001F600", u"\uFF01"}));
+}
+
+TEST(GStringList, SortedAddFollowsTheDuplicatesPolicy) {
+  TGStringList L;
+  L.SetStringOpsType(soCaseSensitive);
+  L.SetSorted(true);
+  EXPECT_EQ(L.Add(u"d"), 0);
+  EXPECT_EQ(L.Add(u"b"), 0);
+  EXPECT_EQ(L.Add(u"a"), 0);
+  EXPECT_EQ(L.Add(u"c"), 2);
+
+  TCounted First(1), Second(2);
+  EXPECT_EQ(L.AddObject(u"b", &First), 1);  // dupIgnore: the existing line, nothing added
+  EXPECT_EQ(L.GetCount(), 4);
+  EXPECT_EQ(L.GetObject(1), nullptr);
+
+  L.SetDuplicates(dupError);
+  EXPECT_EQ(MessageOf<EListError>([&] { L.Add(u"c"); }), u"String list does not allow duplicates");
+  EXPECT_EQ(L.GetCount(), 4);
+
+  L.SetDuplicates(dupAccept);
+  EXPECT_EQ(L.AddObject(u"b", &First, &Second), 1);  // before the first equal line
+  EXPECT_EQ(L.AddObject(u"b", &Second), 1);
+  EXPECT_EQ(Lines(L), (std::vector<String>{u"a", u"b", u"b", u"b", u"c", u"d"}));
+  EXPECT_EQ(L.GetObject(1), &Second);
+  EXPECT_EQ(L.GetData(2), &Second);
+  std::int32_t Index = -1;
+  EXPECT_TRUE(L.Find(u"b", Index));
+  EXPECT_EQ(Index, 1);
+  EXPECT_FALSE(L.Find(u"bb", Index));
+  EXPECT_EQ(Index, 4);
+
+  EXPECT_EQ(MessageOf<EListError>([&] { L.Insert(0, u"z"); }), u"Operation not allowed on sorted list");
+  EXPECT_EQ(MessageOf<EListError>([&] { L.Move(0, 1); }), u"Operation not allowed on sorted list");
+}
+
+TEST(GStringList, SortIsQuicksortOfWholeLinesAndSkipsSortedLists) {
+  TGStringList L;
+  L.SetStringOpsType(soCaseSensitive);
+  TCounted A(1), C(3);
+  L.AddObject(u"c", &C, &A);
+  L.Add(u"b");
+  L.AddObject(u"a", &A, &C);
+  L.Sort();
+  EXPECT_EQ(Lines(L), (std::vector<String>{u"a", u"b", u"c"}));
+  EXPECT_EQ(L.GetObject(0), &A);
+  EXPECT_EQ(L.GetData(0), &C);
+  EXPECT_EQ(L.IndexOfData(&A), 2);
+  EXPECT_EQ(L.IndexOfData(nullptr), 1);
+
+  L.SetSorted(true);
+  L.Exchange(0, 2);  // allowed on a sorted list, which Sort then trusts
+  L.Sort();
+  EXPECT_EQ(Lines(L), (std::vector<String>{u"c", u"b", u"a"}));
+  L.SetSorted(false);
+  L.Sort();
+  EXPECT_EQ(Lines(L), (std::vector<String>{u"a", u"b", u"c"}));
+}
+
+TEST(GStringList, OwnerHearsOfChangesAndBeforeTheChecks) {
+  TGStringList L;
+  TIntfPtr<TOwnerLog> Owner(new TOwnerLog);
+  L.SetListOwner(TIntfPtr<IStringListOwner>(Owner.get()));
+  L.SetOnChanging([&](TObject*) { Owner->Log += "onchanging "; });
+  L.SetOnChange([&](TObject*) { Owner->Log += "onchange "; });
+
+  L.Add(u"a");  // insertions reach the owner only as the changing/changed pair
+  EXPECT_EQ(Owner->Log, "changing onchanging changed onchange ");
+  Owner->Log.clear();
+
+  EXPECT_THROW(L.Put(3, u"x"), EListError);
+  EXPECT_THROW(L.PutObject(-1, nullptr), EListError);
+  EXPECT_THROW(L.Delete(1), EListError);
+  EXPECT_EQ(Owner->Log, "put3=x putobject-1 delete1 ");
+  Owner->Log.clear();
+
+  L.Put(0, u"b");
+  L.Delete(0);
+  EXPECT_EQ(Owner->Log, "put0=b changing onchanging changed onchange delete0 changing onchanging changed onchange ");
+  Owner->Log.clear();
+
+  L.Clear();  // told even when there is nothing to clear
+  EXPECT_EQ(Owner->Log, "clear ");
+  Owner->Log.clear();
+
+  L.SetSorted(true);
+  EXPECT_THROW(L.Put(0, u"x"), EListError);
+  EXPECT_EQ(Owner->Log, "put0=x ");
+  L.SetSorted(false);
+  Owner->Log.clear();
+
+  // An update is silent until its outermost end, which reports once.
+  L.BeginUpdate();
+  L.BeginUpdate();
+  L.Add(u"a");
+  L.Add(u"b");
+  L.EndUpdate();
+  EXPECT_EQ(Owner->Log, "");
+  L.EndUpdate();
+  EXPECT_EQ(Owner->Log, "changed onchange ");
+
+  // The dying list tells nobody: the destructor drops the owner and events first.
+  Owner->Log.clear();
+  {
+    TGStringList Dying;
+    Dying.Add(u"a");
+    Dying.SetListOwner(TIntfPtr<IStringListOwner>(Owner.get()));
+  }
+  EXPECT_EQ(Owner->Log, "");
+}
+
+TEST(GStringList, OwnedDataIsFreedBeforeOwnedObjects) {
+  std::string Log;
+  {
+    TGStringList L;
+    L.SetFreeObjects(true);
+    L.SetFreeData(true);
+    L.AddObject(u"a", new TLogged(Log, "obj-a"), new TLogged(Log, "data-a"));
+    L.AddObject(u"b", new TLogged(Log, "obj-b"), new TLogged(Log, "data-b"));
+    auto* Both = new TLogged(Log, "both-c");
+    L.AddObject(u"c", Both, Both);  // freed once
+    L.AddObject(u"d", new TLogged(Log, "obj-d"), new TLogged(Log, "data-d"));
+
+    L.Delete(1);
+    EXPECT_EQ(Log, "data-b;obj-b;");
+    Log.clear();
+    L.PutObject(0, new TLogged(Log, "obj-a2"));
+    L.PutData(0, new TLogged(Log, "data-a2"));
+    EXPECT_EQ(Log, "obj-a;data-a;");
+    Log.clear();
+    L.Clear();  // line by line from the first
+    EXPECT_EQ(Log, "data-a2;obj-a2;both-c;data-d;obj-d;");
+    Log.clear();
+    L.AddObject(u"e", new TLogged(Log, "obj-e"), new TLogged(Log, "data-e"));
+  }
+  EXPECT_EQ(Log, "data-e;obj-e;");
+
+  // Without ownership nothing is freed.
+  TCounted::Alive = 0;
+  {
+    TGStringList L;
+    TCounted Obj, Data;
+    L.AddObject(u"a", &Obj, &Data);
+    L.Delete(0);
+    L.AddObject(u"a", &Obj, &Data);
+  }
+  EXPECT_EQ(TCounted::Alive, 0);
+}
+
+namespace {
+std::string GVisited;
+void RecordLine(TStrings* Sender, std::int32_t Index, const String& S, TObject*, NativeInt Data) {
+  GVisited += StringToUtf8(S) + std::to_string(Index) + ':' + std::to_string(Data) + ' ';
+  if (S == u"b") Sender->Delete(Index);
+}
+bool NotA(TStrings*, std::int32_t, const String& S, TObject*, NativeInt) { return S != u"a"; }
+}  // namespace
+
+TEST(GStringList, ForEachWalksBackwardsSoCallbacksMayDelete) {
+  TGStringList L;
+  L.Add(u"a");
+  L.Add(u"b");
+  L.Add(u"c");
+  L.ForEach(&RecordLine, nullptr, 7);
+  EXPECT_EQ(GVisited, "c2:7 b1:7 a0:7 ");
+  EXPECT_EQ(Lines(L), (std::vector<String>{u"a", u"c"}));
+
+  GVisited.clear();
+  L.ForEach(&RecordLine, &NotA, 1);
+  EXPECT_EQ(GVisited, "c1:1 ");
+
+  // The method form: every line deletes itself.
+  TCounted::Alive = 0;
+  L.SetFreeObjects(true);
+  L.AddObject(u"d", new TCounted);
+  std::vector<String> Seen;
+  L.ForEach(TForEachObjectMethod([&](TStrings* Sender, std::int32_t Index, const String& S, TObject*, NativeInt) {
+              Seen.push_back(S);
+              Sender->Delete(Index);
+            }),
+            nullptr, 0);
+  EXPECT_EQ(Seen, (std::vector<String>{u"d", u"c", u"a"}));
+  EXPECT_EQ(L.GetCount(), 0);
+  EXPECT_EQ(TCounted::Alive, 0);
+  EXPECT_THROW(L.ForEach(TForEachObjectProc(nullptr), nullptr, 0), EAccessViolation);
+}
+
+TEST(GStringList, AssignTakesOverLinesAndSettings) {
+  TStringList Source;
+  TCounted Obj;
+  Source.AddObject(u"b", &Obj);
+  Source.Add(u"a");
+  Source.Add(u"a");
+  Source.SetDuplicates(dupError);
+  Source.SetSorted(true);
+
+  TGStringList L;
+  L.SetStringOpsType(soCaseSensitive);
+  L.Add(u"old");
+  L.Assign(&Source);  // copied as they are, then sorted
+  EXPECT_EQ(Lines(L), (std::vector<String>{u"a", u"a", u"b"}));
+  EXPECT_EQ(L.GetObject(2), &Obj);
+  EXPECT_TRUE(L.GetSorted());
+  EXPECT_EQ(L.GetDuplicates(), dupError);
+
+  // Another TGStringList arrives as it stands, with data, order and comparison.
+  TGStringList Other;
+  Other.SetStringOpsType(soCaseInsensitive);
+  Other.AddObject(u"B", &Obj, &Obj);
+  Other.Add(u"a");
+  Other.SetDuplicates(dupAccept);
+  TGStringList Copy;
+  Copy.SetSorted(true);
+  Copy.Assign(&Other);
+  EXPECT_EQ(Lines(Copy), (std::vector<String>{u"B", u"a"}));
+  EXPECT_EQ(Copy.GetData(0), &Obj);
+  EXPECT_FALSE(Copy.GetSorted());
+  EXPECT_EQ(Copy.GetStringOpsType(), soCaseInsensitive);
+  EXPECT_EQ(Copy.GetDuplicates(), dupAccept);
+  EXPECT_EQ(Copy.IndexOf(u"b"), 0);
+}
+
+TEST(SFCList, OwnerHearsFirstAndAddsReportOnce) {
+  TSFCList L;
+  TIntfPtr<TOwnerLog> Owner(new TOwnerLog);
+  L.SetListOwner(TIntfPtr<IStringListOwner>(Owner.get()));
+  int Changes = 0;
+  L.SetOnChange([&](TObject*) { ++Changes; });
+  L.Add(u"a");
+  L.Add(u"b");
+  EXPECT_EQ(Owner->Log, "changed changed ");
+  EXPECT_EQ(Changes, 2);
+  Owner->Log.clear();
+
+  EXPECT_THROW(L.Delete(5), EListError);
+  L.Put(0, u"z");
+  L.PutObject(1, nullptr);
+  L.Delete(0);
+  L.Clear();
+  EXPECT_EQ(Owner->Log,
+            "delete5 put0=z changing changed putobject1 changing changed delete0 changing changed clear changing "
+            "changed ");
+
+  // A sorted list copied into a sorted list is sorted once, in one update.
+  TStringList Source;
+  Source.SetDuplicates(dupAccept);
+  Source.SetSorted(true);
+  for (const char16_t* S : {u"c", u"a", u"b", u"a"}) Source.Add(S);
+  L.SetSorted(true);
+  Owner->Log.clear();
+  Changes = 0;
+  L.Assign(&Source);
+  EXPECT_EQ(Lines(L), (std::vector<String>{u"a", u"a", u"b", u"c"}));
+  EXPECT_EQ(Changes, 1);
+  EXPECT_EQ(Owner->Log, "clear changed ");
+}
+
+TEST(SFCList, FreeListFreesWhatItReplacesDeletesAndClears) {
+  TCounted::Alive = 0;
+  TIntfPtr<TOwnerLog> Owner(new TOwnerLog);
+  {
+    TSFCFreeList L;
+    EXPECT_TRUE(L.GetFreeMembers());
+    for (int i = 0; i < 4; ++i) L.AddObject(u"x", new TCounted(i));
+    L.PutObject(0, new TCounted(9));
+    L.Delete(1);
+    EXPECT_EQ(TCounted::Alive, 3);
+    L.SetListOwner(TIntfPtr<IStringListOwner>(Owner.get()));
+    L.Clear();  // one deletion per line, from the last
+    EXPECT_EQ(TCounted::Alive, 0);
+    EXPECT_EQ(Owner->Log, "delete2 delete1 delete0 clear changed ");
+
+    L.AddObject(u"kept", new TCounted);
+    TCounted Spare;
+    L.SetFreeMembers(false);
+    L.AddObject(u"spare", &Spare);
+    L.Delete(1);
+    L.SetFreeMembers(true);
+    L.ForEach([](TStrings*, std::int32_t, const String&, TObject* Obj, NativeInt) {
+      EXPECT_NE(Obj, nullptr);
+    }, nullptr, 0);
+  }
+  EXPECT_EQ(TCounted::Alive, 0);
+}
