@@ -11,5 +11,6 @@
 #include "Runtime/Interfaces.h"
 #include "Runtime/StringLists.h"
 #include "Runtime/Lists.h"
+#include "Runtime/Generics.h"
 #include "Runtime/Collections.h"
 #include "Runtime/Components.h"

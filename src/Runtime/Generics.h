@@ -1,0 +1,246 @@
+// Generic building blocks of the runtime: the typed list, the key/value pair and reference-
+// counted equality comparers with a shared default per type. They live in kz::Generics
+// because kz::TList is the untyped pointer list.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "Runtime/Errors.h"
+#include "Runtime/Interfaces.h"
+#include "Runtime/ListSupport.h"
+
+namespace kz::Generics {
+
+/// A key with its value.
+template <class K, class V>
+struct TPair {
+  K Key;
+  V Value;
+};
+
+/// Orders two values: negative, zero or positive.
+template <class T>
+using TComparison = std::function<int(const T& Left, const T& Right)>;
+
+/// A growable array of T with value semantics for its items (it destroys what it holds, and
+/// holding TIntfPtr keeps references). Indexed access is O(1), Add amortised O(1), Insert and
+/// Delete shift the tail. A bad index raises EArgumentOutOfRangeException.
+template <class T>
+class TList : public TObject {
+  KZ_CLASS(TList, TObject)
+ public:
+  using const_iterator = typename std::vector<T>::const_iterator;
+  using iterator = typename std::vector<T>::iterator;
+
+  TList() = default;
+
+  /// Appends Item and answers its index.
+  std::int32_t Add(T Item) {
+    FItems.push_back(std::move(Item));
+    return GetCount() - 1;
+  }
+  /// Index in 0..Count.
+  void Insert(std::int32_t Index, T Item) {
+    if (Index < 0 || Index > GetCount()) RangeError();
+    FItems.insert(FItems.begin() + Index, std::move(Item));
+  }
+  void Delete(std::int32_t Index) {
+    CheckIndex(Index);
+    FItems.erase(FItems.begin() + Index);
+  }
+  /// Deletes the first item equal to Item (operator==); answers its former index or -1.
+  std::int32_t Remove(const T& Item) {
+    const std::int32_t Index = IndexOf(Item);
+    if (Index >= 0) Delete(Index);
+    return Index;
+  }
+  /// The first index whose item equals Item (operator==), or -1.
+  std::int32_t IndexOf(const T& Item) const {
+    for (std::size_t i = 0; i < FItems.size(); ++i)
+      if (FItems[i] == Item) return static_cast<std::int32_t>(i);
+    return -1;
+  }
+  bool Contains(const T& Item) const { return IndexOf(Item) >= 0; }
+  void Clear() { FItems.clear(); }
+  void Exchange(std::int32_t Index1, std::int32_t Index2) {
+    CheckIndex(Index1);
+    CheckIndex(Index2);
+    std::swap(FItems[static_cast<std::size_t>(Index1)], FItems[static_cast<std::size_t>(Index2)]);
+  }
+
+  std::int32_t GetCount() const { return static_cast<std::int32_t>(FItems.size()); }
+  const T& GetItem(std::int32_t Index) const {
+    CheckIndex(Index);
+    return FItems[static_cast<std::size_t>(Index)];
+  }
+  void SetItem(std::int32_t Index, T Item) {
+    CheckIndex(Index);
+    FItems[static_cast<std::size_t>(Index)] = std::move(Item);
+  }
+  const T& First() const { return GetItem(0); }
+  const T& Last() const { return GetItem(GetCount() - 1); }
+  std::int32_t GetCapacity() const { return static_cast<std::int32_t>(FItems.capacity()); }
+  /// Room for exactly NewCapacity items; below Count raises EArgumentOutOfRangeException.
+  void SetCapacity(std::int32_t NewCapacity) {
+    if (NewCapacity < GetCount() || NewCapacity > detail::MaxListSize) RangeError();
+    detail::ReserveExactly(FItems, NewCapacity);
+  }
+
+  /// Ascending by operator< (quicksort, not stable).
+  void Sort() {
+    Sort([](const T& A, const T& B) { return A < B ? -1 : B < A ? 1 : 0; });
+  }
+  /// Ascending by Compare (quicksort, not stable); an inconsistent Compare gives some order.
+  void Sort(const TComparison<T>& Compare) {
+    if (!Compare) RaiseNullAccess(u"sort comparison");
+    if (FItems.size() < 2) return;
+    auto ByIndex = [&](std::int32_t I, std::int32_t J) {
+      return Compare(FItems[static_cast<std::size_t>(I)], FItems[static_cast<std::size_t>(J)]);
+    };
+    auto Swap = [&](std::int32_t I, std::int32_t J) {
+      std::swap(FItems[static_cast<std::size_t>(I)], FItems[static_cast<std::size_t>(J)]);
+    };
+    detail::QuickSortPositions(0, GetCount() - 1, ByIndex, Swap);
+  }
+
+  std::vector<T> ToArray() const { return FItems; }
+  const_iterator begin() const { return FItems.begin(); }
+  const_iterator end() const { return FItems.end(); }
+  iterator begin() { return FItems.begin(); }
+  iterator end() { return FItems.end(); }
+
+ private:
+  [[noreturn]] static void RangeError() { throw EArgumentOutOfRangeException(SArgumentOutOfRange); }
+  void CheckIndex(std::int32_t Index) const {
+    if (Index < 0 || Index >= GetCount()) RangeError();
+  }
+
+  std::vector<T> FItems;
+};
+
+/// Equality and hashing of T for hashed containers: values that are Equal must have the same
+/// hash code. A template interface has no identifier, so it is reached through TIntfPtr and
+/// never through QueryInterface.
+template <class T>
+class IEqualityComparer : public virtual IInterface {
+ public:
+  virtual bool Equals(const T& Left, const T& Right) = 0;
+  virtual std::int32_t GetHashCode(const T& Value) = 0;
+
+ protected:
+  ~IEqualityComparer() = default;
+};
+
+namespace detail {
+
+// The final mixes of the 32- and 64-bit murmur hashes: every input bit affects every output
+// bit, so masking the hash to a power-of-two table size keeps the spread.
+constexpr std::uint32_t Mix32(std::uint32_t H) {
+  H ^= H >> 16;
+  H *= 0x85EBCA6Bu;
+  H ^= H >> 13;
+  H *= 0xC2B2AE35u;
+  H ^= H >> 16;
+  return H;
+}
+constexpr std::uint32_t Mix64(std::uint64_t K) {
+  K ^= K >> 33;
+  K *= 0xFF51AFD7ED558CCDull;
+  K ^= K >> 33;
+  K *= 0xC4CEB9FE1A85EC53ull;
+  K ^= K >> 33;
+  return static_cast<std::uint32_t>(K ^ (K >> 32));
+}
+
+/// 32-bit murmur-style hash of 16-bit code units, two units per round, then the final mix.
+/// Fixed for all platforms (units are combined by value, not by memory order).
+inline std::int32_t HashCodeUnits(const Char* Data, std::size_t Length) {
+  constexpr std::uint32_t C1 = 0xCC9E2D51u, C2 = 0x1B873593u;
+  auto Scramble = [](std::uint32_t K) { return std::rotl(K * C1, 15) * C2; };
+  std::uint32_t H = 0x9747B28Cu;
+  std::size_t i = 0;
+  for (; i + 1 < Length; i += 2) {
+    H ^= Scramble(static_cast<std::uint32_t>(Data[i]) | static_cast<std::uint32_t>(Data[i + 1]) << 16);
+    H = std::rotl(H, 13) * 5 + 0xE6546B64u;
+  }
+  if (i < Length) H ^= Scramble(Data[i]);
+  H ^= static_cast<std::uint32_t>(Length * 2);
+  return static_cast<std::int32_t>(Mix32(H));
+}
+
+template <class T>
+struct IsIntfPtr : std::false_type {};
+template <class I>
+struct IsIntfPtr<TIntfPtr<I>> : std::true_type {};
+
+/// The default hash: code units for strings, mixed bits for integers, enumerations, pointers
+/// and floats (+0 and -0 alike), object identity for interface references, std::hash mixed
+/// for anything else.
+template <class T>
+std::int32_t DefaultHashCode(const T& Value) {
+  if constexpr (std::is_same_v<T, String> || std::is_same_v<T, StringView>) {
+    return HashCodeUnits(Value.data(), Value.size());
+  } else if constexpr (IsIntfPtr<T>::value) {
+    return DefaultHashCode(static_cast<const void*>(static_cast<IInterface*>(Value.get())));
+  } else if constexpr (std::is_pointer_v<T>) {
+    return static_cast<std::int32_t>(Mix64(reinterpret_cast<std::uintptr_t>(Value)));
+  } else if constexpr (std::is_enum_v<T>) {
+    return DefaultHashCode(static_cast<std::underlying_type_t<T>>(Value));
+  } else if constexpr (std::is_integral_v<T>) {
+    if constexpr (sizeof(T) <= 4)
+      return static_cast<std::int32_t>(Mix32(static_cast<std::uint32_t>(Value)));
+    else
+      return static_cast<std::int32_t>(Mix64(static_cast<std::uint64_t>(Value)));
+  } else if constexpr (std::is_floating_point_v<T>) {
+    const double D = Value == 0 ? 0.0 : static_cast<double>(Value);
+    std::uint64_t Bits;
+    std::memcpy(&Bits, &D, sizeof Bits);
+    return static_cast<std::int32_t>(Mix64(Bits));
+  } else {
+    return static_cast<std::int32_t>(Mix64(static_cast<std::uint64_t>(std::hash<T>{}(Value))));
+  }
+}
+
+}  // namespace detail
+
+/// Equality comparers. Default() is one shared comparer per type: operator== and
+/// detail::DefaultHashCode (for String: exact, case-sensitive code-unit equality).
+/// Construct wraps two functions.
+template <class T>
+class TEqualityComparer : public TInterfacedObject, public IEqualityComparer<T> {
+  KZ_CLASS(TEqualityComparer, TInterfacedObject)
+ public:
+  using TEquality = std::function<bool(const T& Left, const T& Right)>;
+  using THasher = std::function<std::int32_t(const T& Value)>;
+
+  bool Equals(const T& Left, const T& Right) override { return FEquals ? FEquals(Left, Right) : Left == Right; }
+  std::int32_t GetHashCode(const T& Value) override {
+    return FHasher ? FHasher(Value) : detail::DefaultHashCode(Value);
+  }
+
+  /// The shared default comparer of T, created on first use.
+  static TIntfPtr<IEqualityComparer<T>> Default() {
+    static const TIntfPtr<IEqualityComparer<T>> Instance(new TEqualityComparer());
+    return Instance;
+  }
+  /// A new comparer answering through Equality and Hasher; both are required.
+  static TIntfPtr<IEqualityComparer<T>> Construct(TEquality Equality, THasher Hasher) {
+    if (!Equality || !Hasher) RaiseNullAccess(u"comparer function");
+    return TIntfPtr<IEqualityComparer<T>>(new TEqualityComparer(std::move(Equality), std::move(Hasher)));
+  }
+
+ private:
+  TEqualityComparer() = default;
+  TEqualityComparer(TEquality Equality, THasher Hasher) : FEquals(std::move(Equality)), FHasher(std::move(Hasher)) {}
+
+  TEquality FEquals;
+  THasher FHasher;
+};
+
+}  // namespace kz::Generics
