@@ -263,9 +263,37 @@ void Widen(StringView S, std::wstring& Out) {
   }
 }
 
+inline bool IsSurrogate(Char C) { return C >= 0xD800 && C <= 0xDFFF; }
+
+// Under the classic locale collation is code point order and case folding touches ASCII
+// letters only, so a comparison is decided on the code units themselves, without widening or
+// the collate facet's copies of both strings. Only a first difference that involves a
+// surrogate (where code unit and code point order part) is left to the general path.
+bool ClassicCollate(StringView A, StringView B, bool IgnoreCase, int& Result) {
+  const std::size_t N = A.size() < B.size() ? A.size() : B.size();
+  std::size_t i = 0;
+  if (IgnoreCase) {
+    while (i < N && AsciiLower(A[i]) == AsciiLower(B[i])) ++i;
+  } else {
+    while (i < N && A[i] == B[i]) ++i;
+  }
+  if (i == N) {
+    Result = A.size() == B.size() ? 0 : (A.size() < B.size() ? -1 : 1);
+    return true;
+  }
+  if (IsSurrogate(A[i]) || IsSurrogate(B[i]) || (i > 0 && IsSurrogate(A[i - 1]))) return false;
+  const Char CA = IgnoreCase ? AsciiLower(A[i]) : A[i], CB = IgnoreCase ? AsciiLower(B[i]) : B[i];
+  Result = CA < CB ? -1 : 1;
+  return true;
+}
+
 int Collate(StringView A, StringView B, bool IgnoreCase) {
   thread_local std::wstring WA, WB;
   const std::locale Loc;
+  // Equality with the classic locale is a pointer comparison while the global locale is the
+  // default one; a locale of other facets has no name and never compares equal.
+  int Result;
+  if (Loc == std::locale::classic() && ClassicCollate(A, B, IgnoreCase, Result)) return Result;
   Widen(A, WA);
   Widen(B, WB);
   if (IgnoreCase) {

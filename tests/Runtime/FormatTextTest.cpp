@@ -3,7 +3,9 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <locale>
 #include <random>
+#include <vector>
 
 #include "Runtime/Runtime.h"
 
@@ -131,4 +133,33 @@ TEST(Text, ComparisonsUnderTheCLocale) {
   EXPECT_LT(AnsiCompareText(u"a", u"B"), 0);
   EXPECT_EQ(UpperCase(u"ab\u00e9"), u"AB\u00e9");
   EXPECT_EQ(Trim(u"  x y \t"), u"x y");
+}
+
+TEST(Text, LocaleComparisonsOrderByCodePointWhateverTheShortcut) {
+  // Under the default locale the comparisons are decided on the code units except where a
+  // surrogate is involved; a locale of the same rules but another make-up takes the general
+  // path. Both must agree on every pair, in code point order.
+  const Char Hi = 0xD800, Lo = 0xDC00, Priv = 0xE000, Nul = 0;
+  const std::vector<String> Words{u"", u"a", u"A", u"ab", u"aB", u"b", u"Z", u"[", String(1, Priv),
+                                  String{Hi, Lo}, String{Hi, Priv}, String(1, Hi), String{u'a', Nul},
+                                  String{u'a', Nul, u'b'}, String{u'x', Hi, Lo}, String{u'x', Hi}};
+  auto Sign = [](int V) { return (V > 0) - (V < 0); };
+  std::vector<int> Fast;
+  for (const String& A : Words)
+    for (const String& B : Words) Fast.push_back(Sign(AnsiCompareStr(A, B)) * 3 + Sign(AnsiCompareText(A, B)));
+  const std::locale Previous =
+      std::locale::global(std::locale(std::locale::classic(), new std::collate_byname<wchar_t>("C")));
+  std::size_t k = 0;
+  for (const String& A : Words)
+    for (const String& B : Words)
+      EXPECT_EQ(Sign(AnsiCompareStr(A, B)) * 3 + Sign(AnsiCompareText(A, B)), Fast[k++])
+          << StringToUtf8(A) << " vs " << StringToUtf8(B);
+  std::locale::global(Previous);
+
+  EXPECT_GT(AnsiCompareStr(String{Hi, Lo}, String(1, Priv)), 0);  // U+10000 after U+E000
+  EXPECT_LT(CompareStr(String{Hi, Lo}, String(1, Priv)), 0);      // code units the other way
+  EXPECT_LT(AnsiCompareStr(String(1, Hi), String(1, Priv)), 0);   // a lone surrogate is itself
+  EXPECT_GT(AnsiCompareText(u"Z", u"a"), 0);
+  EXPECT_LT(AnsiCompareStr(u"Z", u"a"), 0);
+  EXPECT_LT(AnsiCompareText(u"a", String{u'a', Nul}), 0);
 }
