@@ -8,13 +8,14 @@ namespace kz {
 namespace {
 
 // Package order. None of the units builds global state at start-up.
-constexpr std::array<TPackageUnit, 6> GUnits{{
+constexpr std::array<TPackageUnit, 7> GUnits{{
     {"Runtime", nullptr, nullptr},
     {"KZConstants", nullptr, nullptr},
     {"KZMessages", nullptr, nullptr},
     {"CommonInterfaces", nullptr, nullptr},
     {"RefCount", nullptr, nullptr},
     {"Structures", nullptr, nullptr},
+    {"GHashTable", nullptr, nullptr},
 }};
 
 std::array<std::atomic<bool>, GUnits.size()> GInitialized{};

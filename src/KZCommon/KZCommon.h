@@ -11,6 +11,7 @@
 #include "CommonInterfaces/CommonInterfaces.h"
 #include "RefCount/RefCount.h"
 #include "Structures/Structures.h"
+#include "GHashTable/GHashTable.h"
 
 namespace kz {
 

@@ -1,0 +1,99 @@
+#include "GHashTable/GHashTable.h"
+
+namespace kz {
+
+// ---- TGStringHashtableEntry ----
+
+Pointer TGStringHashtableEntry::GetKey() { return TGStringHashtable::KeyWord(FKeyString); }
+
+void TGStringHashtableEntry::SetKey(Pointer Key) { FKeyString = TGStringHashtable::KeyText(Key); }
+
+bool TGStringHashtableEntry::KeyEquals(Pointer Key) {
+  return Key ? FKeyString == *static_cast<const String*>(Key) : FKeyString.empty();
+}
+
+// ---- TGStringHashtable ----
+
+std::int32_t TGStringHashtable::HashCode(Pointer Key, std::int32_t Size) {
+  if (!Key) throw EGHashtableError(SNullArgument);
+  const String& S = *static_cast<const String*>(Key);
+  const std::size_t L = S.size();
+  std::uint32_t H = 0;
+  // Long strings are sampled: every (L div 8)-th code unit from the first, 8 to 12 of them.
+  if (L >= 16) {
+    const std::size_t Step = L / 8;
+    for (std::size_t I = 0; I < L; I += Step) H = H * 39 + S[I];
+  } else {
+    for (Char C : S) H = H * 37 + C;
+  }
+  return inherited::HashCode(reinterpret_cast<Pointer>(static_cast<std::uintptr_t>(H)), Size);
+}
+
+std::unique_ptr<TGHashtableEntry> TGStringHashtable::NewHashtableEntry() {
+  return std::make_unique<TGStringHashtableEntry>();
+}
+
+Pointer TGStringHashtable::Get(const String& Key) { return GetValue(KeyWord(Key)); }
+
+void TGStringHashtable::Put(const String& Key, Pointer Value) { PutValue(KeyWord(Key), Value); }
+
+Pointer TGStringHashtable::Remove(const String& Key) { return RemoveValue(KeyWord(Key)); }
+
+bool TGStringHashtable::ContainsKey(const String& Key) { return !Key.empty() && HasKey(KeyWord(Key)); }
+
+bool TGStringHashtable::ContainsKey(const String& Key, Pointer& Value) {
+  TGHashtableEntry* E = nullptr;
+  const bool Found = !Key.empty() && HasKey(KeyWord(Key), E);
+  Value = Found ? E->GetItem() : nullptr;
+  return Found;
+}
+
+String TGStringHashtable::GetKeyByIndex(std::int32_t Index) { return KeyText(GoToEntry(Index)->GetKey()); }
+
+String TGStringHashtable::Next() { return KeyText(NextElement()); }
+
+TIntfPtr<IIterator> TGStringHashtable::Elements() {
+  return TIntfPtr<IIterator>(new TGStringHashTableEnumerator(this, false));
+}
+
+TIntfPtr<IStringIterator> TGStringHashtable::Indices() {
+  return TIntfPtr<IStringIterator>(new TGStringHashTableEnumerator(this, true));
+}
+
+std::vector<String> TGStringHashtable::ToArray() {
+  std::vector<String> Keys;
+  Keys.reserve(static_cast<std::size_t>(GetCount()));
+  Reset();
+  while (!GetEOT()) Keys.push_back(KeyText(NextElement()));
+  return Keys;
+}
+
+void TGStringHashtable::Assign(TPersistent* Source) { inherited::Assign(Source); }
+
+void TGStringHashtable::AssignTo(TPersistent* Dest) { inherited::AssignTo(Dest); }
+
+// ---- TGStringHashTableEnumerator ----
+
+TGStringHashTableEnumerator::TGStringHashTableEnumerator(TGStringHashtable* Table, bool Keys)
+    : TGHashtableEnumerator(Table, Keys) {}
+
+Pointer TGStringHashTableEnumerator::NextElement() {
+  const Pointer Element = TGHashtableEnumerator::NextElement();
+  // The key text is kept so that CurrentElementS never reads an entry removed since.
+  if (FKeys) FCurrentKey = TGStringHashtable::KeyText(Element);
+  return Element;
+}
+
+String TGStringHashTableEnumerator::NextElementS() {
+  if (!FKeys) throw EGHashtableError(SIllegalNextElement);
+  NextElement();
+  return FCurrentKey;
+}
+
+bool TGStringHashTableEnumerator::MoveNext() {
+  if (!HasMoreElements()) return false;
+  NextElementS();
+  return true;
+}
+
+}  // namespace kz
