@@ -50,6 +50,7 @@ bool TGHashtableEntry::KeyEquals(Pointer Key) { return FKey == Key; }
 
 TGCustomHashtable::TGCustomHashtable(std::uint32_t InitialCapacity, float LoadFactor)
     : FLoadFactor(LoadFactor) {
+  UpdateThreshold();
   FEnumerator = TIntfPtr<TGHashtableEnumerator>(new TGHashtableEnumerator(this, true));
   SetCapacity(InitialCapacity);
   ClearCache();
@@ -88,7 +89,9 @@ std::int32_t TGCustomHashtable::HashCode(Pointer Key, std::int32_t Size) {
 }
 
 std::int32_t TGCustomHashtable::DivisionHash(std::int32_t Key, std::int32_t Size) {
-  return ModSize(Positive(Key), Size);
+  if (Size == 0) throw EDivByZero(SDivByZero);
+  // 32-bit division: the key is not negative, so this is the signed remainder.
+  return static_cast<std::int32_t>(Positive(Key)) % Size;
 }
 
 // The key's last d decimal digits, d being the length of Size's decimal text.
@@ -182,13 +185,23 @@ TGHashtableEntry* TGCustomHashtable::AddEntry(std::int32_t Bucket, Pointer Key, 
 }
 
 std::int64_t TGCustomHashtable::GetThreshold() const {
+  if (FThresholdNaN) throw EGHashtableError(SInvalidLoadFactor);
+  return FThreshold;
+}
+
+// The threshold only changes with the capacity or the load factor, so puts read it cached.
+void TGCustomHashtable::UpdateThreshold() {
   const long double T = static_cast<long double>(FCapacity) * static_cast<long double>(FLoadFactor);
-  if (std::isnan(T)) throw EGHashtableError(SInvalidLoadFactor);
+  FThresholdNaN = std::isnan(T);
   constexpr long double Limit = 9223372036854775807.0L;
-  if (T >= Limit) return std::numeric_limits<std::int64_t>::max();
-  if (T <= -Limit) return std::numeric_limits<std::int64_t>::min();
-  // nearbyint rounds in the default mode: to nearest, ties to even.
-  return static_cast<std::int64_t>(std::nearbyint(T));
+  if (FThresholdNaN)
+    FThreshold = 0;
+  else if (T >= Limit)
+    FThreshold = std::numeric_limits<std::int64_t>::max();
+  else if (T <= -Limit)
+    FThreshold = std::numeric_limits<std::int64_t>::min();
+  else  // nearbyint rounds in the default mode: to nearest, ties to even
+    FThreshold = static_cast<std::int64_t>(std::nearbyint(T));
 }
 
 void TGCustomHashtable::CheckCanGrow() {
@@ -295,6 +308,7 @@ void TGCustomHashtable::SetCapacity(std::uint32_t NewCapacity) {
     FreeEntries();
     FBuckets.reset();
     FCapacity = 0;
+    UpdateThreshold();
     return;
   }
   const std::uint32_t OldCapacity = FCount == 0 ? 0 : FCapacity;
@@ -325,6 +339,7 @@ void TGCustomHashtable::SetCapacity(std::uint32_t NewCapacity) {
   }
   FBuckets = std::move(Buckets);
   FCapacity = NewCapacity;
+  UpdateThreshold();
 }
 
 void TGCustomHashtable::SetHashType(TGHashType Value) {
@@ -337,7 +352,10 @@ void TGCustomHashtable::SetLoadFactor(float Value) {
   // Every number passes, out-of-range ones included; only NaN is refused, with the message
   // the table has always given.
   if (std::isnan(Value)) throw EGHashtableError(SInvalidLoadFactor);
-  if (Value != FLoadFactor) FLoadFactor = Value;
+  if (Value != FLoadFactor) {
+    FLoadFactor = Value;
+    UpdateThreshold();
+  }
 }
 
 bool TGCustomHashtable::GetEOT() { return !FEnumerator->HasMoreElements(); }

@@ -196,6 +196,7 @@ class TGCustomHashtable : public TPersistent {
 
  private:
   void FreeEntries();
+  void UpdateThreshold();
   void StepForward();
   void StepBack();
   void CursorToFirst();
@@ -209,6 +210,8 @@ class TGCustomHashtable : public TPersistent {
   TNotifyEvent FOnChange;
   std::int32_t FUpdating = 0;
   float FLoadFactor = 0;
+  std::int64_t FThreshold = 0;
+  bool FThresholdNaN = false;
   TIntfPtr<IHashTableOwner> FOwner;
   std::int32_t FCachedIndex = -1;
   TGHashtableEntry* FCachedEntry = nullptr;
