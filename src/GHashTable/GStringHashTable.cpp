@@ -68,9 +68,44 @@ std::vector<String> TGStringHashtable::ToArray() {
   return Keys;
 }
 
-void TGStringHashtable::Assign(TPersistent* Source) { inherited::Assign(Source); }
+void TGStringHashtable::Assign(TPersistent* Source) {
+  auto* Lines = dynamic_cast<TStrings*>(Source);
+  if (!Lines) {
+    inherited::Assign(Source);
+    return;
+  }
+  BeginUpdate();
+  try {
+    Clear();
+    for (std::int32_t I = 0; I < Lines->GetCount(); ++I) Put(Lines->Get(I), Lines->GetObject(I));
+  } catch (...) {
+    EndUpdate();
+    throw;
+  }
+  EndUpdate();
+}
 
-void TGStringHashtable::AssignTo(TPersistent* Dest) { inherited::AssignTo(Dest); }
+void TGStringHashtable::AssignTo(TPersistent* Dest) {
+  auto* Lines = dynamic_cast<TStrings*>(Dest);
+  if (!Lines) {
+    inherited::AssignTo(Dest);
+    return;
+  }
+  // A fresh iterator, so that the table's own one keeps its place.
+  TIntfPtr<TGHashtableEnumerator> Keys(new TGHashtableEnumerator(this, true));
+  Lines->BeginUpdate();
+  try {
+    Lines->Clear();
+    while (Keys->HasMoreElements()) {
+      const Pointer Key = Keys->NextElement();
+      Lines->AddObject(KeyText(Key), static_cast<TObject*>(FindEntry(Key)->GetItem()));
+    }
+  } catch (...) {
+    Lines->EndUpdate();
+    throw;
+  }
+  Lines->EndUpdate();
+}
 
 // ---- TGStringHashTableEnumerator ----
 

@@ -136,3 +136,37 @@ TEST(HashIntTable, NegativeKeysAndTheNullKey) {
   EXPECT_EQ(T.Remove(-5), W(7));
   EXPECT_EQ(T.GetCount(), 1);
 }
+
+TEST(StringHashtable, CopiesToAndFromStringLists) {
+  TObject First, Second, Third;
+  TStringList Lines;
+  Lines.AddObject(u"a", &First);
+  Lines.AddObject(u"b", &Second);
+  Lines.AddObject(u"a", &Third);
+  TGStringHashtable T(11, 0.75f);
+  T.Put(u"old", W(1));
+  int Changes = 0;
+  T.SetOnChange([&](TObject*) { ++Changes; });
+  T.Assign(&Lines);
+  EXPECT_EQ(Changes, 1);
+  EXPECT_EQ(T.GetCount(), 2);
+  EXPECT_EQ(T.Get(u"a"), static_cast<Pointer>(&Third));
+  EXPECT_EQ(T.Get(u"b"), static_cast<Pointer>(&Second));
+
+  TStringList Out;
+  Out.Add(u"stale");
+  T.Reset();
+  T.AssignTo(&Out);
+  EXPECT_EQ(Out.ToStringArray(), T.ToArray());
+  for (std::int32_t I = 0; I < Out.GetCount(); ++I) EXPECT_EQ(static_cast<Pointer>(Out.GetObject(I)), T.Get(Out.Get(I)));
+  Out.Assign(&T);  // the list asks the table
+  EXPECT_EQ(Out.GetCount(), 2);
+
+  TGStringHashtable Copy(3, 0.5f);
+  Copy.Assign(&T);
+  EXPECT_EQ(Copy.ToArray(), T.ToArray());
+  EXPECT_EQ(Copy.GetCapacity(), T.GetCapacity());
+  Lines.Add(u"");  // the empty line is the null key
+  EXPECT_THROW(T.Assign(&Lines), EGHashtableError);
+  EXPECT_THROW(T.Assign(nullptr), EConvertError);
+}
