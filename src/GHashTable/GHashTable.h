@@ -12,7 +12,7 @@
 
 namespace kz {
 
-/// The bucket function of a table. Part of a table's observable state: it fixes the order
+/// The bucket function of a table. It belongs to a table's observable state: it fixes the order
 /// of iteration and of positions.
 enum TGHashType : std::uint8_t { htTruncation, htDivision, htMidSquare, htFolding };
 
@@ -272,7 +272,7 @@ class TGHashIntTable : public TGHashtable {
 /// Iterates a table's keys or values: buckets from the highest index down, each chain from
 /// its head (the most recent entry). GetCount is the number of elements not yet returned.
 /// Reads the table live and does not keep it alive; a removal during the walk is skipped
-/// over safely, other changes give an unspecified order. Used after its table is destroyed,
+/// over safely, other changes give an order of no meaning. Used after its table is destroyed,
 /// it raises EAccessViolation.
 class TGHashtableEnumerator : public TInterfacedObject, public IIterator {
   KZ_CLASS(TGHashtableEnumerator, TInterfacedObject)

@@ -23,8 +23,8 @@ Pointer Word(const String& Key) { return TGStringHashtable::KeyWord(Key); }
 template <class TTable, class TKey>
 class TModelRun {
  public:
-  TModelRun(TTable& Table, float LoadFactor, std::vector<TKey> Keys, unsigned Seed)
-      : T(Table), LF(LoadFactor), Cap(Table.GetCapacity()), Keys(std::move(Keys)), Rng(Seed) {}
+  TModelRun(TTable& Table, float LoadFactor, std::vector<TKey> Keys, unsigned RunNumber)
+      : T(Table), LF(LoadFactor), Cap(Table.GetCapacity()), Keys(std::move(Keys)), Rng(RunNumber) {}
 
   void Run(int Steps) {
     for (int S = 0; S < Steps; ++S) {
@@ -148,13 +148,13 @@ TEST(RandomModel, WordKeys) {
   std::vector<Pointer> Keys;
   for (int I = 0; I < 200; ++I) Keys.push_back(W(static_cast<std::intptr_t>(Rng() % 3000000000u) + 1));
   for (int I = 1; I <= 40; ++I) Keys.push_back(W(I));  // short keys crowd the low buckets
-  unsigned Seed = 1;
+  unsigned RunNumber = 1;
   for (TGHashType Type : AllTypes)
     for (float LF : {0.75f, 3.0f}) {
       SCOPED_TRACE(testing::Message() << "type " << static_cast<int>(Type) << " load " << LF);
       TGHashtable T(5, LF);
       T.SetHashType(Type);
-      TModelRun<TGHashtable, Pointer>(T, LF, Keys, Seed++).Run(2500);
+      TModelRun<TGHashtable, Pointer>(T, LF, Keys, RunNumber++).Run(2500);
     }
 }
 
@@ -167,11 +167,11 @@ TEST(RandomModel, StringKeys) {
     for (int J = 0; J < Len; ++J) K += static_cast<Char>(u'a' + Rng() % 5);
     Keys.push_back(K);
   }
-  unsigned Seed = 100;
+  unsigned RunNumber = 100;
   for (TGHashType Type : AllTypes) {
     SCOPED_TRACE(static_cast<int>(Type));
     TGStringHashtable T(3, 1.5f);
     T.SetHashType(Type);
-    TModelRun<TGStringHashtable, String>(T, 1.5f, Keys, Seed++).Run(2500);
+    TModelRun<TGStringHashtable, String>(T, 1.5f, Keys, RunNumber++).Run(2500);
   }
 }
