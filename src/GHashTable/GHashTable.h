@@ -32,8 +32,9 @@ class TGHashtableEnumerator;
 class TGStringHashtable;
 
 /// Told by a table of its changes. A table holds a counted reference to its owner
-/// (TGCustomHashtable::SetOwner); the core itself never attaches one. Identifier chosen by
-/// this library.
+/// (TGCustomHashtable::SetOwner); the core itself never attaches one. Keys are the table's
+/// key words (for string tables a pointer to the String, valid during the call). The
+/// identifier is this library's own.
 class IHashTableOwner : public virtual IInterface {
   KZ_INTERFACE(IHashTableOwner, IInterface, "{7C1D52E4-3A9B-4F60-8E27-B4D019A6C5F3}")
  public:
