@@ -104,7 +104,9 @@ class TGCustomHashtable : public TPersistent {
   /// "No such element".
   virtual Pointer RemoveValue(Pointer Key);
   /// Stores Value under Key, replacing the value of an existing key (which never grows the
-  /// table). Grows first when Count has reached the threshold. Raises "Argument is null".
+  /// table). A new key first grows the table while Count has reached the threshold. Raises
+  /// "Argument is null", EDivByZero at capacity 0, and "Load factor too small ..." when no
+  /// growth could make room.
   virtual void PutValue(Pointer Key, Pointer Value);
   // The four bucket functions, over the key's low 32 bits with the sign bit cleared.
   // Size 0 raises EDivByZero.
