@@ -53,9 +53,10 @@ class TStrings : public TPersistent {
   void Append(String S);
   /// Adds every line of Strings with its object, inside one update.
   virtual void AddStrings(const TStrings* Strings);
-  /// Swaps two lines with their objects.
+  /// Swaps two lines with their objects (here through Put and PutObject).
   virtual void Exchange(std::int32_t Index1, std::int32_t Index2);
-  /// Moves line CurIndex with its object so that it ends at NewIndex.
+  /// Moves line CurIndex with its object so that it ends at NewIndex (here by Delete and
+  /// InsertObject). A descendant that frees objects on those overrides both.
   virtual void Move(std::int32_t CurIndex, std::int32_t NewIndex);
   /// The first line equal to S under CompareStrings, or -1.
   virtual std::int32_t IndexOf(StringView S) const;

@@ -394,3 +394,42 @@ TEST(StringList, SortingMovingAndExchangingKeepObjectsWithTheirLines) {
   S.Insert(0, u"z");
   EXPECT_EQ(Lines(S), (std::vector<String>{u"z", u"a", u"b"}));
 }
+
+TEST(Strings, DefaultOperationsWorkOnTheStoragePrimitivesAlone) {
+  // A minimal list: strings only, no objects, no capacity of its own.
+  class TPlain : public TStrings {
+   public:
+    std::vector<String> Lines;
+    int Deletes = 0;
+    const String& Get(std::int32_t Index) const override { return Lines.at(static_cast<std::size_t>(Index)); }
+    std::int32_t GetCount() const override { return static_cast<std::int32_t>(Lines.size()); }
+    void Clear() override { Lines.clear(); }
+    void Delete(std::int32_t Index) override {
+      ++Deletes;
+      Lines.erase(Lines.begin() + Index);
+    }
+    void InsertObject(std::int32_t Index, String S, TObject*) override {
+      if (Index < 0 || Index > GetCount()) Error(SListIndexError, Index);
+      Lines.insert(Lines.begin() + Index, std::move(S));
+    }
+  } L;
+  L.SetCommaText(u"b,a,c");
+  EXPECT_EQ(L.Add(u"D"), 3);
+  L.Append(u"e");
+  EXPECT_EQ(L.IndexOf(u"d"), 3);  // case-insensitive by default
+  EXPECT_EQ(L.GetObject(0), nullptr);
+  EXPECT_EQ(L.GetCapacity(), 5);
+  L.Put(0, u"B");  // by Delete and InsertObject
+  L.Exchange(0, 1);
+  L.Move(4, 0);
+  EXPECT_EQ(L.Lines, (std::vector<String>{u"e", u"a", u"B", u"c", u"D"}));
+  EXPECT_EQ(MessageOf<EListError>([&] { L.Insert(9, u"x"); }), u"List index out of bounds (9)");
+  L.SetValue(u"k", u"v");
+  EXPECT_EQ(L.GetValue(u"K"), u"v");
+
+  TStringList Copy;
+  Copy.Assign(&L);
+  EXPECT_TRUE(Copy.Equals(&L));
+  L.Assign(&Copy);
+  EXPECT_EQ(L.GetCount(), 6);
+}
