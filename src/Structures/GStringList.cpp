@@ -162,6 +162,9 @@ void TGStringList::InsertObject(std::int32_t Index, String S, TObject* AObject, 
 void TGStringList::InsertItem(std::int32_t Index, String S) {
   Changing();
   if (FCount == FCapacity) Grow();
+  // A descendant's SetCapacity may decline to grow without raising: refuse rather than
+  // write past the last slot.
+  if (FCount >= FCapacity) Error(SListCapacityError, FCapacity);
   const auto First = FList.begin() + Index;
   std::move_backward(First, FList.begin() + FCount, FList.begin() + FCount + 1);
   *First = TGStringItem{std::move(S), nullptr, nullptr};
