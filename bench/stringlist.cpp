@@ -18,7 +18,7 @@ namespace {
 
 constexpr int NLines = 100000;
 
-// Distinct lines of 10 to 20 characters in random order (fixed seed).
+// Distinct lines of 10 to 20 characters in a random order that is the same on every run.
 const std::vector<String>& TestLines() {
   static const std::vector<String> Lines = [] {
     std::mt19937 Rng(20261121);
