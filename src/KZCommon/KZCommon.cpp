@@ -8,7 +8,7 @@ namespace kz {
 namespace {
 
 // Package order. None of the units builds global state at start-up.
-constexpr std::array<TPackageUnit, 7> GUnits{{
+constexpr std::array<TPackageUnit, 8> GUnits{{
     {"Runtime", nullptr, nullptr},
     {"KZConstants", nullptr, nullptr},
     {"KZMessages", nullptr, nullptr},
@@ -16,6 +16,7 @@ constexpr std::array<TPackageUnit, 7> GUnits{{
     {"RefCount", nullptr, nullptr},
     {"Structures", nullptr, nullptr},
     {"GHashTable", nullptr, nullptr},
+    {"GStreams", nullptr, nullptr},
 }};
 
 std::array<std::atomic<bool>, GUnits.size()> GInitialized{};

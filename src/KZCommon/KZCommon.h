@@ -12,6 +12,7 @@
 #include "RefCount/RefCount.h"
 #include "Structures/Structures.h"
 #include "GHashTable/GHashTable.h"
+#include "GStreams/GStreams.h"
 
 namespace kz {
 

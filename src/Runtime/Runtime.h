@@ -14,3 +14,7 @@
 #include "Runtime/Generics.h"
 #include "Runtime/Collections.h"
 #include "Runtime/Components.h"
+#include "Runtime/Encodings.h"
+#include "Runtime/Streams.h"
+#include "Runtime/Bits.h"
+#include "Runtime/Variants.h"

@@ -1,0 +1,248 @@
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "GStreams/GStreams.h"
+
+namespace kz {
+
+namespace {
+std::unique_ptr<Byte[]> NewBlock(std::uint32_t Size) {
+  try {
+    return std::make_unique<Byte[]>(Size);  // zeroed: a read after a flush sees no garbage
+  } catch (const std::bad_alloc&) {
+    throw EOutOfMemory(SOutOfMemory);
+  }
+}
+}  // namespace
+
+// --- TGBufferStream ---
+
+TGBufferStream::TGBufferStream(TStream* Stream)
+    : FStream(Stream), FBuffer(NewBlock(8192)), FBufferEnd(FBuffer.get() + 8192) {}
+
+TGBufferStream::~TGBufferStream() {
+  try {
+    Close();
+  } catch (...) {
+    // A destructor cannot report; callers who care call Close themselves.
+  }
+}
+
+void TGBufferStream::Close() {
+  if (FState == bsWrite) FlushBuffer();
+}
+
+bool TGBufferStream::IsEof() {
+  if (!FStream) RaiseNullAccess(u"underlying stream");
+  return FBufferPtr == FBufferEnd && FStream->GetSize() == FStream->GetPosition();
+}
+
+std::int64_t TGBufferStream::GetBufferPosition() const {
+  switch (FState) {
+    case bsUnknown: return 0;
+    case bsRead: return FBufferPtr - FBufferEnd;
+    case bsWrite: return FBufferPtr - FBuffer.get();
+  }
+  throw EStreamError(SInvalidBufferState);
+}
+
+std::int32_t TGBufferStream::FillBuffer() {
+  std::int32_t N = 0;
+  if (!IsEof()) {
+    N = std::max(FStream->Read(FBuffer.get(), static_cast<std::int32_t>(FBufferSize)), 0);
+    FBufferPtr = FBuffer.get();
+    FBufferEnd = FBuffer.get() + N;
+  }
+  FState = N >= 1 ? bsRead : bsUnknown;
+  if (FOnFillBuffer) FOnFillBuffer(this);
+  return N;
+}
+
+bool TGBufferStream::FlushBuffer() {
+  if (!FStream) RaiseNullAccess(u"underlying stream");
+  const auto Count = static_cast<std::int32_t>(FBufferPtr ? FBufferPtr - FBuffer.get() : 0);
+  const bool Ok = FStream->Write(FBuffer.get(), Count) == Count;
+  FBufferPtr = FBuffer.get();
+  FState = bsUnknown;
+  if (FOnFlushBuffer) FOnFlushBuffer(this);
+  return Ok;
+}
+
+bool TGBufferStream::PrepareBuffer() {
+  FBufferPtr = FBuffer.get();
+  FBufferEnd = FBuffer.get() + FBufferSize;
+  return true;
+}
+
+std::int32_t TGBufferStream::Read(void* Buffer, std::int32_t Count) {
+  if (FState == bsWrite)
+    FlushBuffer();
+  else if (!FBufferPtr)
+    FBufferPtr = FBufferEnd;
+  auto* Dest = static_cast<Byte*>(Buffer);
+  std::int32_t Total = 0;
+  while (Count > 0) {
+    if (FBufferPtr == FBufferEnd && FillBuffer() == 0) break;
+    const auto N = static_cast<std::int32_t>(std::min<std::int64_t>(Count, FBufferEnd - FBufferPtr));
+    std::memcpy(Dest, FBufferPtr, static_cast<std::size_t>(N));
+    FBufferPtr += N;
+    Dest += N;
+    Total += N;
+    Count -= N;
+  }
+  return Total;
+}
+
+std::int32_t TGBufferStream::Write(const void* Buffer, std::int32_t Count) {
+  if (FState == bsRead) {
+    if (!FStream) RaiseNullAccess(u"underlying stream");
+    FStream->SetPosition(Seek(0, soCurrent));
+  } else if (!FBufferPtr) {
+    PrepareBuffer();
+  }
+  const auto* Src = static_cast<const Byte*>(Buffer);
+  std::int32_t Total = 0;
+  while (Count > 0) {
+    // A block with no room that a flush cannot empty (it was left with its end at its
+    // start) would stall the loop: make the whole block available instead.
+    if (FBufferPtr == FBufferEnd && FBufferEnd == FBuffer.get()) FBufferEnd = FBuffer.get() + FBufferSize;
+    const auto N = static_cast<std::int32_t>(std::min<std::int64_t>(Count, FBufferEnd - FBufferPtr));
+    std::memcpy(FBufferPtr, Src, static_cast<std::size_t>(N));
+    FBufferPtr += N;
+    Src += N;
+    Total += N;
+    Count -= N;
+    if (FBufferPtr == FBufferEnd && !FlushBuffer()) break;
+  }
+  if (FBufferPtr != FBuffer.get()) FState = bsWrite;
+  return Total;
+}
+
+std::int64_t TGBufferStream::Seek(std::int64_t Offset, TSeekOrigin Origin) {
+  if (!FStream) RaiseNullAccess(u"underlying stream");
+  const std::int64_t Current = FStream->GetPosition() + GetBufferPosition();
+  std::int64_t Target;
+  switch (Origin) {
+    case soBeginning: Target = Offset; break;
+    case soCurrent: Target = Current + Offset; break;
+    case soEnd: Target = FStream->GetSize() - Offset; break;
+    default: throw EStreamError(SInvalidOriginPoint, {IntToStr(Origin)});
+  }
+  if (Target != Current) {
+    if (FState == bsWrite && !FlushBuffer()) throw EStreamError(SErrorSeekingInBuffer);
+    FStream->SetPosition(Target);
+    FBufferPtr = nullptr;
+    FState = bsUnknown;
+  }
+  return Target;
+}
+
+void TGBufferStream::PutBack(Byte Value) {
+  if (!FBufferPtr || FBufferPtr <= FBuffer.get()) throw EStreamError(SPushBackOverflow);
+  *--FBufferPtr = Value;
+}
+
+void TGBufferStream::PutBack(Char Value) {
+  // Two consumed bytes are needed; with only one, stepping back would leave the block.
+  if (!FBufferPtr || FBufferPtr - FBuffer.get() < 2) throw EStreamError(SPushBackOverflow);
+  FBufferPtr -= 2;
+  FBufferPtr[0] = static_cast<Byte>(Value & 0xFF);
+  FBufferPtr[1] = static_cast<Byte>(Value >> 8);
+}
+
+void TGBufferStream::SetBufferSize(std::uint32_t Value) {
+  if (Value == FBufferSize) return;
+  if (Value == 0 || Value > static_cast<std::uint32_t>(INT32_MAX))
+    throw EStreamError(SInvalidBufferSize, {UIntToStr(Value)});
+  std::unique_ptr<Byte[]> Block = NewBlock(Value);
+  FlushBuffer();
+  // The new block holds nothing yet: it starts as a freshly built stream's does, so that
+  // the next read fills it and the next write prepares it.
+  FBuffer = std::move(Block);
+  FBufferPtr = nullptr;
+  FBufferEnd = FBuffer.get() + Value;
+  FBufferSize = Value;
+}
+
+// --- TGTextStream ---
+
+TGTextStream::TGTextStream(TStream* Stream, TEncoding* Encoding)
+    : TGBufferStream(Stream), FPreambleStreamed(Encoding != nullptr), FEncoding(Encoding) {}
+
+TGTextStream::TGTextStream(const String& FileName, std::uint16_t Mode, TEncoding* Encoding)
+    : TGTextStream(std::make_unique<TFileStream>(FileName, Mode), Encoding) {}
+
+TGTextStream::TGTextStream(std::unique_ptr<TStream> Owned, TEncoding* Encoding)
+    : TGTextStream(Owned.get(), Encoding) {
+  Owned.release();
+  FOwnStream = true;
+}
+
+TGTextStream::~TGTextStream() {
+  try {
+    Close();
+  } catch (...) {
+    // As for the buffered stream: destruction cannot report a failed write.
+  }
+  FreeStream();
+}
+
+void TGTextStream::FreeStream() {
+  if (FOwnStream) {
+    delete FStream;
+    FStream = nullptr;
+  }
+}
+
+std::int64_t TGTextStream::Seek(std::int64_t Offset, TSeekOrigin Origin) {
+  const std::int64_t R = inherited::Seek(Offset, Origin);
+  FPreambleStreamed = R > 0;
+  return R;
+}
+
+std::int64_t TGTextStream::SeekExcludePreamble(std::int64_t Offset, TSeekOrigin Origin) {
+  std::int64_t R = TGBufferStream::Seek(Offset, Origin);
+  if (FPreambleStreamed && PreambleSize() >= 1) R = TGBufferStream::Seek(PreambleSize(), soCurrent);
+  return R;
+}
+
+std::int32_t TGTextStream::PreambleSize() {
+  if (!FEncoding) FEncoding = TEncoding::Default();
+  return static_cast<std::int32_t>(FEncoding->GetPreamble().size());
+}
+
+void TGTextStream::SetDelimiters(const String& Value) {
+  if (Value == FDelimiters) return;
+  FDelimiters = Value;
+  if (FDelimiters.find(u' ') == String::npos) FDelimiters += u' ';
+}
+
+std::int32_t TGTextStream::FillBuffer() {
+  const std::int32_t N = inherited::FillBuffer();
+  if (N < 1 || FPreambleStreamed) return N;
+  if (!FEncoding)
+    if (auto* S = dynamic_cast<TStringStream*>(FStream)) FEncoding = S->GetEncoding();
+  const std::int32_t P = TEncoding::GetBufferEncoding(FBuffer.get(), N, FEncoding);
+  if (static_cast<std::uint32_t>(P) > FBufferSize) throw EStreamError(SInvalidEncodingEOF);
+  FBufferPtr += P;
+  FPreambleStreamed = true;
+  return N;
+}
+
+bool TGTextStream::PrepareBuffer() {
+  const bool R = inherited::PrepareBuffer();
+  if (!FEncoding) {
+    FEncoding = TEncoding::Default();
+    FPreambleStreamed = false;
+  }
+  if (!FPreambleStreamed) {
+    const TBytes Preamble = FEncoding->GetPreamble();
+    // Settled first: the preamble's own write must not ask the question again.
+    FPreambleStreamed = true;
+    if (!Preamble.empty()) Write(Preamble.data(), static_cast<std::int32_t>(Preamble.size()));
+  }
+  return R;
+}
+
+}  // namespace kz

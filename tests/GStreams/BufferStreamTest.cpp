@@ -1,0 +1,259 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "GStreams/GStreams.h"
+
+using namespace kz;
+
+namespace {
+
+// A memory stream that counts the transfers asked of it and can refuse to write.
+class TCountingStream : public TMemoryStream {
+ public:
+  using TMemoryStream::TMemoryStream;
+  std::int32_t Read(void* Buffer, std::int32_t Count) override {
+    ++Reads;
+    return TMemoryStream::Read(Buffer, Count);
+  }
+  std::int32_t Write(const void* Buffer, std::int32_t Count) override {
+    ++Writes;
+    return RefuseWrites ? 0 : TMemoryStream::Write(Buffer, Count);
+  }
+  int Reads = 0, Writes = 0;
+  bool RefuseWrites = false;
+};
+
+TBytes Range(int N) {
+  TBytes B(static_cast<std::size_t>(N), 0);
+  for (int i = 0; i < N; ++i) B[static_cast<std::size_t>(i)] = static_cast<Byte>(i * 7);
+  return B;
+}
+
+std::string Message(const std::function<void()>& F) {
+  try {
+    F();
+  } catch (const EStreamError& E) {
+    return StringToUtf8(E.Message());
+  }
+  return "no error";
+}
+
+}  // namespace
+
+TEST(GBufferStream, ReadsInBlocksAndReportsFillsAndFlushes) {
+  TCountingStream U(Range(20000));
+  TGBufferStream B(&U);
+  int Fills = 0, Flushes = 0;
+  B.SetOnFillBuffer([&](TObject* Sender) {
+    EXPECT_EQ(Sender, &B);
+    ++Fills;
+  });
+  B.SetOnFlushBuffer([&](TObject*) { ++Flushes; });
+  EXPECT_EQ(B.Read(nullptr, 0), 0);
+  EXPECT_EQ(U.Reads, 0);
+  TBytes Got(20000, 0);
+  for (int i = 0; i < 20000; i += 100) ASSERT_EQ(B.Read(Got.data() + i, 100), 100);
+  EXPECT_EQ(Got, Range(20000));
+  EXPECT_EQ(Fills, 3);  // 8192 + 8192 + 3616
+  EXPECT_EQ(B.GetState(), bsRead);
+  Byte X;
+  EXPECT_EQ(B.Read(&X, 1), 0);
+  EXPECT_EQ(Fills, 4);  // the fill at the end gets nothing
+  EXPECT_EQ(B.GetState(), bsUnknown);
+  EXPECT_TRUE(B.IsEof());
+
+  TCountingStream Empty;
+  TGBufferStream E(&Empty);
+  EXPECT_EQ(E.Read(&X, 1), 0);
+  EXPECT_EQ(E.GetState(), bsUnknown);
+  EXPECT_TRUE(E.IsEof());
+
+  // Writing: the block goes out when full and on Close; a read flushes a pending write.
+  TCountingStream W;
+  {
+    TGBufferStream O(&W);
+    O.SetOnFlushBuffer([&](TObject*) { ++Flushes; });
+    Flushes = 0;
+    const TBytes Data = Range(10000);
+    EXPECT_EQ(O.Write(Data.data(), 10000), 10000);
+    EXPECT_EQ(Flushes, 1);
+    EXPECT_EQ(O.GetState(), bsWrite);
+    EXPECT_EQ(O.GetBufferPosition(), 10000 - 8192);
+    EXPECT_EQ(O.GetPosition(), 10000);
+    O.Read(&X, 0);  // flushes, reads nothing
+    EXPECT_EQ(Flushes, 2);
+    EXPECT_EQ(W.GetSize(), 10000);
+    O.Seek(0, soEnd);
+    O.Write("xy", 2);
+  }  // destruction writes the rest
+  EXPECT_EQ(W.GetSize(), 10002);
+}
+
+TEST(GBufferStream, SeekingKeepsOrDropsTheBlock) {
+  TCountingStream U(Range(100));
+  TGBufferStream B(&U);
+  EXPECT_EQ(B.Seek(0, soEnd), 100);
+  EXPECT_EQ(B.Seek(10, soEnd), 90);   // counted back from the end
+  EXPECT_EQ(B.Seek(-10, soEnd), 110);  // a negative offset lies past the end
+  B.Seek(0, soBeginning);
+  Byte Buf[4];
+  B.Read(Buf, 4);
+  const int Reads = U.Reads;
+  EXPECT_EQ(B.GetBufferPosition(), -96);
+  EXPECT_EQ(B.Seek(4, soBeginning), 4);  // no move: block, pointers and state kept
+  EXPECT_EQ(B.Seek(0, soCurrent), 4);
+  EXPECT_EQ(B.GetState(), bsRead);
+  B.Read(Buf, 4);
+  EXPECT_EQ(Buf[0], 4 * 7);
+  EXPECT_EQ(U.Reads, Reads);
+  EXPECT_EQ(B.Seek(-2, soCurrent), 6);  // a move drops the block
+  EXPECT_EQ(B.GetState(), bsUnknown);
+  B.Read(Buf, 1);
+  EXPECT_EQ(Buf[0], 6 * 7);
+  EXPECT_EQ(U.Reads, Reads + 1);
+
+  EXPECT_EQ(Message([&] { B.Seek(0, 3); }), "Invalid Origin Point specified: 3");
+  // The flush before a moving seek must write everything.
+  TCountingStream R;
+  TGBufferStream W(&R);
+  W.Write("abc", 3);
+  EXPECT_EQ(W.Seek(0, soCurrent), 3);  // no move, no flush
+  R.RefuseWrites = true;
+  EXPECT_EQ(Message([&] { W.Seek(0, soBeginning); }), "Error seeking in buffer");
+}
+
+TEST(GBufferStream, PutBackIsLimitedToConsumedBytesOfTheBlock) {
+  TMemoryStream U(Range(10));
+  TGBufferStream B(&U);
+  EXPECT_EQ(Message([&] { B.PutBack(Byte{1}); }), "Overflow on push back");
+  Byte Buf[3];
+  B.Read(Buf, 3);
+  B.PutBack(Byte{0xAA});
+  B.PutBack(Byte{0xBB});
+  B.PutBack(Byte{0xCC});
+  EXPECT_EQ(Message([&] { B.PutBack(Byte{0xDD}); }), "Overflow on push back");
+  B.Read(Buf, 3);
+  EXPECT_EQ(Buf[0], 0xCC);
+  EXPECT_EQ(Buf[2], 0xAA);
+  // A character needs two consumed bytes and is stored low byte first.
+  B.PutBack(Char{0x1234});
+  B.Read(Buf, 2);
+  EXPECT_EQ(Buf[0], 0x34);
+  EXPECT_EQ(Buf[1], 0x12);
+  B.Seek(1, soBeginning);  // moving seek: nothing consumed any more
+  EXPECT_THROW(B.PutBack(Byte{1}), EStreamError);
+  B.Read(Buf, 1);
+  EXPECT_EQ(Message([&] { B.PutBack(Char{1}); }), "Overflow on push back");
+}
+
+TEST(GBufferStream, BufferSizes) {
+  TCountingStream U(Range(300000));
+  TGBufferStream B(&U);
+  int Flushes = 0, Fills = 0;
+  B.SetOnFlushBuffer([&](TObject*) { ++Flushes; });
+  B.SetOnFillBuffer([&](TObject*) { ++Fills; });
+  B.SetBufferSize(8192);  // unchanged: not even a flush
+  EXPECT_EQ(Flushes, 0);
+  EXPECT_EQ(Message([&] { B.SetBufferSize(0); }), "Invalid buffer size specified: 0");
+  B.SetBufferSize(100000);  // larger than the block built at construction
+  EXPECT_EQ(Flushes, 1);
+  EXPECT_EQ(B.GetBufferSize(), 100000u);
+  TBytes Got(300000, 0);
+  EXPECT_EQ(B.Read(Got.data(), 300000), 300000);
+  EXPECT_EQ(Got, Range(300000));
+  EXPECT_EQ(Fills, 3);
+
+  TMemoryStream Out;
+  {
+    TGBufferStream W(&Out);
+    W.SetBufferSize(65536 + 3);
+    for (int i = 0; i < 300000; i += 1000) W.Write(Got.data() + i, 1000);
+  }
+  EXPECT_EQ(TBytes(Out.GetMemory(), Out.GetMemory() + Out.GetSize()), Got);
+}
+
+TEST(GTextStream, DetectsMarksOnFirstRead) {
+  struct TCase {
+    TBytes Data;
+    TEncoding* Expected;
+    Byte FirstByte;
+  };
+  const TCase Cases[] = {{{0xEF, 0xBB, 0xBF, 0x41}, TEncoding::UTF8(), 0x41},
+                         {{0xFF, 0xFE, 0x41, 0x00}, TEncoding::Unicode(), 0x41},
+                         {{0xFE, 0xFF, 0x00, 0x41}, TEncoding::BigEndianUnicode(), 0x00},
+                         {{0x41, 0x42}, TEncoding::Default(), 0x41}};
+  for (const TCase& C : Cases) {
+    TMemoryStream U(C.Data);
+    TGTextStream T(&U);
+    EXPECT_EQ(T.GetEncoding(), nullptr);
+    Byte B = 0;
+    ASSERT_EQ(T.Read(&B, 1), 1);
+    EXPECT_EQ(T.GetEncoding(), C.Expected);
+    EXPECT_EQ(B, C.FirstByte);
+    EXPECT_TRUE(T.GetPreambleStreamed());
+  }
+  // Over a string stream the stream's own encoding wins; a mark of another one is kept.
+  TStringStream S(u"x", TEncoding::Unicode(), false);
+  S.SetPosition(0);
+  TGTextStream T(&S);
+  Byte B[2];
+  T.Read(B, 2);
+  EXPECT_EQ(T.GetEncoding(), TEncoding::Unicode());
+  EXPECT_EQ(B[0], 'x');
+  // Given an encoding, nothing is skipped until a seek to 0 re-opens the question.
+  TMemoryStream U({0xEF, 0xBB, 0xBF, 0x41});
+  TGTextStream G(&U, TEncoding::UTF8());
+  G.Read(B, 1);
+  EXPECT_EQ(B[0], 0xEF);
+  EXPECT_EQ(G.Seek(0, soBeginning), 0);
+  EXPECT_FALSE(G.GetPreambleStreamed());
+  G.Read(B, 1);
+  EXPECT_EQ(B[0], 0x41);
+  EXPECT_EQ(G.SeekExcludePreamble(0, soBeginning), 3);
+}
+
+TEST(GTextStream, WritesPreamblesAndOwnsWhatItOpens) {
+  TMemoryStream A;
+  {
+    TGTextStream T(&A);
+    T.Write("hi", 2);
+    EXPECT_EQ(T.GetEncoding(), TEncoding::Default());
+  }
+  EXPECT_EQ(A.GetSize(), 2);  // the default encoding has no preamble
+
+  TMemoryStream U;
+  {
+    TGTextStream T(&U, TEncoding::UTF8());
+    T.Write("a", 1);  // settled at construction: no mark
+    T.Seek(0, soBeginning);
+    T.Write("b", 1);  // into an empty block after a seek to 0: mark first
+  }
+  EXPECT_EQ(TBytes(U.GetMemory(), U.GetMemory() + U.GetSize()), (TBytes{0xEF, 0xBB, 0xBF, 'b'}));
+
+  const String Path = (std::filesystem::temp_directory_path() / "kz_text_stream.txt").u16string();
+  {
+    TGTextStream T(Path, fmCreate, TEncoding::Unicode());
+    EXPECT_TRUE(T.GetOwnStream());
+    T.Seek(0, soBeginning);
+    T.Write("A\0", 2);
+    EXPECT_EQ(T.PreambleSize(), 2);
+  }  // flushes, then frees the file stream it opened
+  {
+    TGTextStream T(Path, fmOpenRead);
+    Byte B[2];
+    EXPECT_EQ(T.Read(B, 2), 2);
+    EXPECT_EQ(T.GetEncoding(), TEncoding::Unicode());
+    EXPECT_EQ(B[0], 'A');
+    EXPECT_EQ(T.SeekExcludePreamble(0, soBeginning), 2);
+  }
+  std::filesystem::remove(std::filesystem::path(Path));
+  EXPECT_THROW(TGTextStream(Path, fmOpenRead), EFOpenError);
+
+  TGTextStream D(&U);
+  D.SetDelimiters(u",");
+  EXPECT_EQ(D.GetDelimiters(), u", ");
+  D.SetDelimiters(u"; ");
+  EXPECT_EQ(D.GetDelimiters(), u"; ");
+}
