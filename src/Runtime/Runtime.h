@@ -18,3 +18,4 @@
 #include "Runtime/Streams.h"
 #include "Runtime/Bits.h"
 #include "Runtime/Variants.h"
+#include "Runtime/Filer.h"
