@@ -62,17 +62,6 @@ TCollectionItemClass ItemClassOf(const TCollectionItem* Item) {
   return static_cast<TCollectionItemClass>(Item->ClassType());
 }
 
-// Keeps an update open while a multi-step change runs, also when it raises.
-class TUpdateGuard {
- public:
-  explicit TUpdateGuard(TCollection& C) : FC(C) { FC.BeginUpdate(); }
-  ~TUpdateGuard() { FC.EndUpdate(); }
-  TUpdateGuard(const TUpdateGuard&) = delete;
-  TUpdateGuard& operator=(const TUpdateGuard&) = delete;
-
- private:
-  TCollection& FC;
-};
 }  // namespace
 
 TCollection::TCollection(TCollectionItemClass ItemClass) : FItemClass(ItemClass) {
@@ -113,8 +102,9 @@ void TCollection::Delete(std::int32_t Index) {
 
 void TCollection::Clear() {
   if (FItems.empty()) return;
-  TUpdateGuard Guard(*this);
-  while (!FItems.empty()) Delete(GetCount() - 1);
+  WithinUpdate(*this, [&] {
+    while (!FItems.empty()) Delete(GetCount() - 1);
+  });
 }
 
 TCollectionItem* TCollection::GetItem(std::int32_t Index) const {
@@ -161,12 +151,13 @@ void TCollection::Assign(TPersistent* Source) {
   auto* Other = dynamic_cast<TCollection*>(Source);
   if (!Other) return inherited::Assign(Source);
   if (Other == this) return;
-  TUpdateGuard Guard(*this);
-  Clear();
-  for (std::int32_t i = 0; i < Other->GetCount(); ++i) {
-    TCollectionItem* From = Other->GetItem(i);
-    Add(ItemClassOf(From))->Assign(From);
-  }
+  WithinUpdate(*this, [&] {
+    Clear();
+    for (std::int32_t i = 0; i < Other->GetCount(); ++i) {
+      TCollectionItem* From = Other->GetItem(i);
+      Add(ItemClassOf(From))->Assign(From);
+    }
+  });
 }
 
 TPersistent* TCollection::GetOwner() { return nullptr; }

@@ -54,20 +54,26 @@ std::string ScientificText(double V, int Prec) {
   (void)Ec;
   std::string S(Buf, Ptr);
   const std::size_t E = S.find('e');
-  std::string Mant = S.substr(0, E);
   const int Exp = std::stoi(S.substr(E + 1));
-  std::string ExpDigits = std::to_string(Exp < 0 ? -Exp : Exp);
-  while (ExpDigits.size() < 3) ExpDigits.insert(0, "0");
-  return Mant + "E" + (Exp < 0 ? "-" : "+") + ExpDigits;
+  const std::string ExpDigits = std::to_string(Exp < 0 ? -Exp : Exp);
+  // Built by appending: GCC 12 misreports prepending inserts under -O3 (-Wrestrict).
+  std::string R(S, 0, E);
+  R += 'E';
+  R += Exp < 0 ? '-' : '+';
+  if (ExpDigits.size() < 3) R.append(3 - ExpDigits.size(), '0');
+  R += ExpDigits;
+  return R;
 }
 
-// General notation: at most Prec significant digits, trailing zeros dropped, exponent form
-// (d.ddE+x, no padding) when the decimal exponent is at least Prec or below -5.
-std::string GeneralText(double V, int Prec) {
+// General notation: Prec significant digits (the shortest round trip when Prec is 0), trailing
+// zeros dropped, exponent form (d.ddEx, no padding) when the decimal exponent is at least
+// FixedLimit or below -5.
+std::string GeneralFloatText(double V, int Prec, int FixedLimit) {
   if (!std::isfinite(V)) return SpecialFloat(V);
-  if (V == 0) return "0";
+  if (V == 0) return std::signbit(V) && Prec == 0 ? "-0" : "0";
   char Buf[64];
-  auto [Ptr, Ec] = std::to_chars(Buf, Buf + sizeof Buf, V, std::chars_format::scientific, Prec - 1);
+  auto [Ptr, Ec] = Prec > 0 ? std::to_chars(Buf, Buf + sizeof Buf, V, std::chars_format::scientific, Prec - 1)
+                            : std::to_chars(Buf, Buf + sizeof Buf, V, std::chars_format::scientific);
   (void)Ec;
   std::string S(Buf, Ptr);
   const bool Neg = S[0] == '-';
@@ -79,37 +85,53 @@ std::string GeneralText(double V, int Prec) {
     if (S[i] != '.') D.push_back(S[i]);
   while (D.size() > 1 && D.back() == '0') D.pop_back();
   std::string R = Neg ? "-" : "";
-  if (Exp >= Prec || Exp < -5) {
-    R += D.substr(0, 1);
-    if (D.size() > 1) R += "." + D.substr(1);
-    R += "E" + std::string(Exp < 0 ? "-" : "") + std::to_string(Exp < 0 ? -Exp : Exp);
+  if (Exp >= FixedLimit || Exp < -5) {
+    R += D[0];
+    if (D.size() > 1) {
+      R += '.';
+      R.append(D, 1, std::string::npos);
+    }
+    R += 'E';
+    if (Exp < 0) R += '-';
+    R += std::to_string(Exp < 0 ? -Exp : Exp);
   } else if (Exp < 0) {
-    R += "0." + std::string(static_cast<std::size_t>(-Exp - 1), '0') + D;
+    R += "0.";
+    R.append(static_cast<std::size_t>(-Exp - 1), '0');
+    R += D;
   } else {
     const std::size_t IntLen = static_cast<std::size_t>(Exp) + 1;
-    if (D.size() <= IntLen)
-      R += D + std::string(IntLen - D.size(), '0');
-    else
-      R += D.substr(0, IntLen) + "." + D.substr(IntLen);
+    if (D.size() <= IntLen) {
+      R += D;
+      R.append(IntLen - D.size(), '0');
+    } else {
+      R.append(D, 0, IntLen);
+      R += '.';
+      R.append(D, IntLen, std::string::npos);
+    }
   }
   return R;
 }
 
 std::string Grouped(const std::string& Fixed) {
-  std::size_t Start = Fixed[0] == '-' ? 1 : 0;
+  const std::size_t Start = Fixed[0] == '-' ? 1 : 0;
   std::size_t Dot = Fixed.find('.');
   if (Dot == std::string::npos) Dot = Fixed.size();
-  std::string R = Fixed.substr(Dot);
-  int Count = 0;
-  for (std::size_t i = Dot; i > Start; --i) {
-    if (Count && Count % 3 == 0) R.insert(0, ",");
-    R.insert(0, 1, Fixed[i - 1]);
-    ++Count;
+  std::string R(Fixed, 0, Start);
+  for (std::size_t k = Start; k < Dot; ++k) {
+    if (k > Start && (Dot - k) % 3 == 0) R += ',';
+    R += Fixed[k];
   }
-  return Fixed.substr(0, Start) + R;
+  R.append(Fixed, Dot, std::string::npos);
+  return R;
 }
 
 }  // namespace
+
+String FloatToStr(double V) {
+  if (std::isnan(V)) return u"NAN";
+  if (std::isinf(V)) return V < 0 ? u"-INF" : u"INF";
+  return AsciiToString(GeneralFloatText(V, 0, 15));
+}
 
 String Format(StringView Pattern, std::initializer_list<TFormatArg> Args) {
   String R;
@@ -194,7 +216,10 @@ String Format(StringView Pattern, std::initializer_list<TFormatArg> Args) {
         if (A.Kind() != TFormatArg::fkFloat) BadFormat(Pattern);
         const double V = static_cast<double>(A.AsFloat());
         if (Type == u'e') Piece = AsciiToString(ScientificText(V, Prec < 1 ? 15 : (Prec > 18 ? 18 : Prec)));
-        else if (Type == u'g') Piece = AsciiToString(GeneralText(V, Prec < 1 ? 15 : (Prec > 18 ? 18 : Prec)));
+        else if (Type == u'g') {
+          const int P = Prec < 1 ? 15 : (Prec > 18 ? 18 : Prec);
+          Piece = AsciiToString(GeneralFloatText(V, P, P));
+        }
         else {
           std::string F = FixedText(V, Prec < 0 ? 2 : (Prec > 18 ? 18 : Prec));
           Piece = AsciiToString(Type == u'n' && std::isfinite(V) ? Grouped(F) : F);

@@ -9,19 +9,6 @@ namespace kz {
 
 namespace {
 
-// Runs Body inside BeginUpdate/EndUpdate; the update is closed also when Body raises, so a
-// failed bulk operation does not leave the list muted.
-template <class TBody>
-void WithinUpdate(TStrings& List, TBody&& Body) {
-  List.BeginUpdate();
-  try {
-    Body();
-  } catch (...) {
-    List.EndUpdate();
-    throw;
-  }
-  List.EndUpdate();
-}
 
 }  // namespace
 

@@ -205,45 +205,6 @@ String IntToHex(std::uint64_t V, int Digits) {
   return R;
 }
 
-String FloatToStr(double V) {
-  if (std::isnan(V)) return u"NAN";
-  if (std::isinf(V)) return V < 0 ? u"-INF" : u"INF";
-  if (V == 0) return std::signbit(V) ? u"-0" : u"0";
-  // Shortest round-trip digits, then laid out in fixed or exponent form.
-  char Buf[64];
-  auto [Ptr, Ec] = std::to_chars(Buf, Buf + sizeof Buf, V, std::chars_format::scientific);
-  (void)Ec;
-  std::string Sci(Buf, Ptr);
-  const bool Neg = Sci[0] == '-';
-  if (Neg) Sci.erase(0, 1);
-  const std::size_t EPos = Sci.find('e');
-  const int Exp = std::stoi(Sci.substr(EPos + 1));
-  std::string Digits;
-  for (std::size_t i = 0; i < EPos; ++i)
-    if (Sci[i] != '.') Digits.push_back(Sci[i]);
-  std::string R = Neg ? "-" : "";
-  if (Exp >= -5 && Exp < 15) {
-    if (Exp < 0) {
-      R += "0.";
-      R.append(static_cast<std::size_t>(-Exp - 1), '0');
-      R += Digits;
-    } else {
-      const std::size_t IntLen = static_cast<std::size_t>(Exp) + 1;
-      if (Digits.size() <= IntLen) {
-        R += Digits;
-        R.append(IntLen - Digits.size(), '0');
-      } else {
-        R += Digits.substr(0, IntLen) + "." + Digits.substr(IntLen);
-      }
-    }
-  } else {
-    R += Digits.substr(0, 1);
-    if (Digits.size() > 1) R += "." + Digits.substr(1);
-    R += "E" + std::to_string(Exp);
-  }
-  return AsciiToString(R);
-}
-
 int CompareStr(StringView A, StringView B) { return A.compare(B); }
 
 namespace {

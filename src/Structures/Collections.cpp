@@ -62,7 +62,7 @@ std::int32_t TGCollection::IndexOf(StringView Name) {
 void TGCollection::AssignTo(TPersistent* Dest) {
   auto* Strings = dynamic_cast<TStrings*>(Dest);
   if (!Strings) return inherited::AssignTo(Dest);
-  detail::WithinUpdate(*Strings, [&] {
+  WithinUpdate(*Strings, [&] {
     Strings->Clear();
     for (std::int32_t i = 0; i < GetCount(); ++i) {
       TCollectionItem* Item = GetItem(i);
@@ -86,7 +86,7 @@ void TSortedCollection::Sort() { CustomSort(FOnCompare); }
 void TSortedCollection::CustomSort(const TCollectionItemCompareEvent& Compare) {
   if (GetCount() <= 1 || !IsSortable()) return;
   if (!Compare) RaiseNullAccess(u"comparison");
-  detail::WithinUpdate(*this, [&] {
+  WithinUpdate(*this, [&] {
     QuickSort(0, GetCount() - 1, Compare);
     FSorted = true;
   });

@@ -177,7 +177,7 @@ void TGStringList::AddStrings(const TStrings* Strings) {
   const auto* Other = dynamic_cast<const TGStringList*>(Strings);
   // Counted up front: adding a list to itself adds each of its lines once.
   const std::int32_t N = Strings->GetCount();
-  detail::WithinUpdate(*this, [&] {
+  WithinUpdate(*this, [&] {
     for (std::int32_t i = 0; i < N; ++i)
       AddObject(Strings->Get(i), Strings->GetObject(i), Other ? Other->GetData(i) : nullptr);
   });
@@ -317,7 +317,7 @@ void TGStringList::SetStringOpsType(TStringOpsType Value) {
 
 void TGStringList::Assign(TPersistent* Source) {
   if (auto* List = dynamic_cast<TStringList*>(Source)) {
-    detail::WithinUpdate(*this, [&] {
+    WithinUpdate(*this, [&] {
       SetSorted(false);
       FDuplicates = dupAccept;
       inherited::Assign(Source);
@@ -326,7 +326,7 @@ void TGStringList::Assign(TPersistent* Source) {
     });
   } else if (auto* Other = dynamic_cast<TGStringList*>(Source)) {
     if (Other == this) return;
-    detail::WithinUpdate(*this, [&] {
+    WithinUpdate(*this, [&] {
       FAssigning = true;
       try {
         inherited::Assign(Source);

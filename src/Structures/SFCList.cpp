@@ -16,7 +16,7 @@ void TSFCList::Assign(TPersistent* Source) {
   auto* List = dynamic_cast<TStringList*>(Source);
   if (List && List != this && List->GetSorted() && GetSorted()) {
     // One sort at the end instead of a sorted insertion per line.
-    detail::WithinUpdate(*this, [&] {
+    WithinUpdate(*this, [&] {
       SetSorted(false);
       inherited::Assign(Source);
       SetSorted(true);
@@ -28,7 +28,7 @@ void TSFCList::Assign(TPersistent* Source) {
 
 std::int32_t TSFCList::AddObject(String S, TObject* AObject) {
   std::int32_t Result = -1;
-  detail::WithinUpdate(*this, [&] { Result = inherited::AddObject(std::move(S), AObject); });
+  WithinUpdate(*this, [&] { Result = inherited::AddObject(std::move(S), AObject); });
   return Result;
 }
 
@@ -92,7 +92,7 @@ TObject* TSFCFreeList::OwnedObjectAt(std::int32_t Index) const {
 }
 
 void TSFCFreeList::PutObject(std::int32_t Index, TObject* AObject) {
-  detail::WithinUpdate(*this, [&] {
+  WithinUpdate(*this, [&] {
     TObject* Old = OwnedObjectAt(Index);
     inherited::PutObject(Index, AObject);
     if (Old != AObject) delete Old;
@@ -106,7 +106,7 @@ void TSFCFreeList::Delete(std::int32_t Index) {
 }
 
 void TSFCFreeList::Clear() {
-  detail::WithinUpdate(*this, [&] {
+  WithinUpdate(*this, [&] {
     if (FFreeMembers)
       for (std::int32_t i = GetCount() - 1; i >= 0; --i) Delete(i);
     inherited::Clear();

@@ -5,20 +5,6 @@
 
 namespace kz::detail {
 
-/// Runs Body between Target.BeginUpdate() and Target.EndUpdate(), closing the update also
-/// when Body raises.
-template <class TTarget, class TBody>
-void WithinUpdate(TTarget& Target, TBody&& Body) {
-  Target.BeginUpdate();
-  try {
-    Body();
-  } catch (...) {
-    Target.EndUpdate();
-    throw;
-  }
-  Target.EndUpdate();
-}
-
 /// The ForEach walk of the string lists: from the last line down to the first.
 void ForEachLine(TStrings* List, const TForEachObjectMethod& Proc, const TForEachFilterMethod& Filter,
                  NativeInt Data);
