@@ -27,4 +27,19 @@ static_assert(sizeof(TKZDWordFiller) == sizeof(void*) - sizeof(std::uint32_t));
 /// One level of indentation in text the library writes: two spaces.
 inline constexpr StringView IndentString = u"  ";
 
+/// A string stream that is positioned at its start once built, ready to be read (the base
+/// string stream stands after the text it was given).
+class TKZStringStream : public TStringStream {
+  KZ_CLASS(TKZStringStream, TStringStream)
+ public:
+  /// The text in UTF-8, the base string stream's own encoding.
+  explicit TKZStringStream(StringView AString) : TStringStream(AString) { SetPosition(0); }
+  /// The text in AEncoding, or in UTF-8 when AEncoding is null; AEncoding is owned when
+  /// AOwnsEncoding is true (the shared standard encodings never are).
+  TKZStringStream(StringView AString, TEncoding* AEncoding, bool AOwnsEncoding)
+      : TStringStream(AString, AEncoding ? AEncoding : TEncoding::UTF8(), AOwnsEncoding) {
+    SetPosition(0);
+  }
+};
+
 }  // namespace kz
