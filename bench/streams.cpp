@@ -55,6 +55,20 @@ void BM_Write_GBufferStream(benchmark::State& State) {
   Finish(State);
 }
 
+// The block raised to the piece size, which the buffered stream allows.
+void BM_Write_GBufferStream64K(benchmark::State& State) {
+  const auto N = static_cast<std::size_t>(State.range(0));
+  std::vector<char> P = Piece(N);
+  for (auto _ : State) {
+    kz::TFileStream F(kz::AsciiToString(WritePath()), kz::fmCreate);
+    kz::TGBufferStream B(&F);
+    B.SetBufferSize(65536);
+    for (std::size_t Done = 0; Done < GFileSize; Done += N) B.Write(P.data(), static_cast<std::int32_t>(N));
+    B.Close();
+  }
+  Finish(State);
+}
+
 void BM_Write_ofstream(benchmark::State& State) {
   const auto N = static_cast<std::size_t>(State.range(0));
   std::vector<char> P = Piece(N);
@@ -87,6 +101,22 @@ void BM_Read_GBufferStream(benchmark::State& State) {
   for (auto _ : State) {
     kz::TFileStream F(kz::AsciiToString(ReadPath()), kz::fmOpenRead);
     kz::TGBufferStream B(&F);
+    std::size_t Total = 0;
+    while (const std::int32_t Got = B.Read(P.data(), static_cast<std::int32_t>(N))) Total += static_cast<std::size_t>(Got);
+    if (Total != GFileSize) State.SkipWithError("short read");
+    benchmark::DoNotOptimize(P.data());
+  }
+  Finish(State);
+}
+
+void BM_Read_GBufferStream64K(benchmark::State& State) {
+  PrepareReadFile();
+  const auto N = static_cast<std::size_t>(State.range(0));
+  std::vector<char> P = Piece(N);
+  for (auto _ : State) {
+    kz::TFileStream F(kz::AsciiToString(ReadPath()), kz::fmOpenRead);
+    kz::TGBufferStream B(&F);
+    B.SetBufferSize(65536);
     std::size_t Total = 0;
     while (const std::int32_t Got = B.Read(P.data(), static_cast<std::int32_t>(N))) Total += static_cast<std::size_t>(Got);
     if (Total != GFileSize) State.SkipWithError("short read");
@@ -131,9 +161,11 @@ void BM_Read_raw(benchmark::State& State) {
 // Pieces of 64 bytes (where buffering matters) and of 64 KiB (where it should cost nothing).
 #define KZ_PIECES ->Arg(64)->Arg(65536)->Unit(benchmark::kMillisecond)->MinTime(1.0)
 BENCHMARK(BM_Write_GBufferStream) KZ_PIECES;
+BENCHMARK(BM_Write_GBufferStream64K) KZ_PIECES;
 BENCHMARK(BM_Write_ofstream) KZ_PIECES;
 BENCHMARK(BM_Write_raw) KZ_PIECES;
 BENCHMARK(BM_Read_GBufferStream) KZ_PIECES;
+BENCHMARK(BM_Read_GBufferStream64K) KZ_PIECES;
 BENCHMARK(BM_Read_ifstream) KZ_PIECES;
 BENCHMARK(BM_Read_raw) KZ_PIECES;
 

@@ -112,22 +112,36 @@ void TFileStream::Switch(TLastOp Op) {
 std::int32_t TFileStream::Read(void* Buffer, std::int32_t Count) {
   if (Count <= 0 || !FCanRead) return 0;
   Switch(loRead);
-  return static_cast<std::int32_t>(std::fread(Buffer, 1, static_cast<std::size_t>(Count), FFile));
+  const auto N = static_cast<std::int32_t>(std::fread(Buffer, 1, static_cast<std::size_t>(Count), FFile));
+  FPos += N;
+  return N;
 }
 
 std::int32_t TFileStream::Write(const void* Buffer, std::int32_t Count) {
   if (Count <= 0 || !FCanWrite) return 0;
   Switch(loWrite);
-  return static_cast<std::int32_t>(std::fwrite(Buffer, 1, static_cast<std::size_t>(Count), FFile));
+  const auto N = static_cast<std::int32_t>(std::fwrite(Buffer, 1, static_cast<std::size_t>(Count), FFile));
+  FPos += N;
+  return N;
 }
 
 std::int64_t TFileStream::Seek(std::int64_t Offset, TSeekOrigin Origin) {
-  if (Origin == soCurrent && Offset == 0) return std::ftell(FFile);
-  const int Whence = Origin == soBeginning ? SEEK_SET : Origin == soCurrent ? SEEK_CUR : SEEK_END;
+  // The position is tracked here, so that asking for it costs no system call.
+  if (Origin == soCurrent && Offset == 0) return FPos;
   if (Origin > soEnd) throw EStreamError(SSeekOriginError, {static_cast<std::int32_t>(Origin)});
+  const int Whence = Origin == soBeginning ? SEEK_SET : Origin == soCurrent ? SEEK_CUR : SEEK_END;
   if (std::fseek(FFile, static_cast<long>(Offset), Whence) != 0) throw EStreamError(SSeekBeforeStart, {Offset});
   FLastOp = loNone;
-  return std::ftell(FFile);
+  FPos = std::ftell(FFile);
+  return FPos;
+}
+
+std::int64_t TFileStream::GetSize() {
+  std::fseek(FFile, 0, SEEK_END);
+  const std::int64_t Size = std::ftell(FFile);
+  std::fseek(FFile, static_cast<long>(FPos), SEEK_SET);
+  FLastOp = loNone;
+  return Size;
 }
 
 void TFileStream::SetSize(std::int64_t NewSize) {

@@ -79,6 +79,7 @@ class TFileStream : public TStream {
   std::int32_t Read(void* Buffer, std::int32_t Count) override;
   std::int32_t Write(const void* Buffer, std::int32_t Count) override;
   std::int64_t Seek(std::int64_t Offset, TSeekOrigin Origin) override;
+  std::int64_t GetSize() override;
   void SetSize(std::int64_t NewSize) override;
   const String& GetFileName() const { return FFileName; }
 
@@ -90,6 +91,7 @@ class TFileStream : public TStream {
   std::FILE* FFile = nullptr;
   bool FCanRead = false, FCanWrite = false;
   TLastOp FLastOp = loNone;
+  std::int64_t FPos = 0;
 };
 
 /// A stream over a growable block of memory that it owns. Writing past the end grows it
