@@ -34,9 +34,10 @@ enum TBufferState : std::uint8_t {
 
 /// A block of memory between its user and an underlying stream (not owned), so that many
 /// small reads and writes become few large ones; consumed bytes of the block can be pushed
-/// back. The block serves reading or writing at a time: a caller that switches from
-/// writing to reading seeks first (a seek that moves discards the block, one that does not
-/// move keeps it). Seeking from the end counts the offset backwards: Seek(10, soEnd) is ten
+/// back. The block serves reading or writing at a time: a caller that switches between
+/// writing and reading seeks first (a seek that moves discards the block, one that does not
+/// move keeps it); without it, a read after a write sees the block's old bytes and a write
+/// after reading up to the end writes the last block read again. Seeking from the end counts the offset backwards: Seek(10, soEnd) is ten
 /// bytes before the end, Seek(-10, soEnd) ten bytes past it. Pending bytes are written by
 /// Close and by destruction; a short write there is not reported.
 class TGBufferStream : public TStream {

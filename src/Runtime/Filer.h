@@ -106,15 +106,16 @@ T FromVariant(const TVariant& V) {
 }
 }  // namespace detail
 
-/// A published value property from a getter and a setter (or a null setter: not stored).
-/// Integers up to 32 bits and enumerations are pkInteger, wider ones pkInt64.
+/// A published value property from a getter and a setter. Integers up to 32 bits and
+/// enumerations are pkInteger, wider ones pkInt64. (A TPropInfo built by hand without Set
+/// is not stored.)
 template <class C, class G, class S>
 TPropInfo Published(String Name, G (C::*Get)() const, void (C::*Set)(S)) {
   using T = std::remove_cvref_t<G>;
   static_assert(std::is_same_v<T, std::remove_cvref_t<S>>, "getter and setter types differ");
   TPropInfo P{std::move(Name), detail::PropKindOf<T>(), nullptr, nullptr, nullptr};
   P.Get = [Get](TPersistent* O) { return detail::ToVariant<T>((static_cast<C*>(O)->*Get)()); };
-  if (Set) P.Set = [Set](TPersistent* O, const TVariant& V) { (static_cast<C*>(O)->*Set)(detail::FromVariant<T>(V)); };
+  P.Set = [Set](TPersistent* O, const TVariant& V) { (static_cast<C*>(O)->*Set)(detail::FromVariant<T>(V)); };
   return P;
 }
 
