@@ -24,24 +24,21 @@ void TGSpecialFiler::WriteCollection(TCollection* Value) {
 void TGSpecialFiler::ReadCollection(TCollection* Collection) {
   if (!FReader) throw EStreamError(SNoReaderDefined);
   if (!Collection) RaiseNullAccess(u"collection");
-  struct TUpdate {
-    TCollection* C;
-    ~TUpdate() { C->EndUpdate(); }
-  } Update{Collection};
-  Collection->BeginUpdate();
-  Collection->Clear();
-  FReader->ReadValue();  // the collection marker, taken on trust
-  while (!FReader->EndOfList()) {
-    FReader->ReadListBegin();
-    FReader->ReadPropName();  // the hidden property's name, taken on trust as well
-    const String ClassName = FReader->ReadString();
-    const auto* Meta = dynamic_cast<TCollectionItemClass>(&FindClass(ClassName));
-    if (!Meta || !Meta->CanCreate()) throw EReadError(SNotItemClass, {ClassName});
-    TCollectionItem* Item = Collection->Add(Meta);
-    while (!FReader->EndOfList()) FReader->ReadProperty(Item);
+  WithinUpdate(*Collection, [&] {
+    Collection->Clear();
+    FReader->ReadValue();  // the collection marker, taken on trust
+    while (!FReader->EndOfList()) {
+      FReader->ReadListBegin();
+      FReader->ReadPropName();  // the hidden property's name, taken on trust as well
+      const String ClassName = FReader->ReadString();
+      const auto* Meta = dynamic_cast<TCollectionItemClass>(&FindClass(ClassName));
+      if (!Meta || !Meta->CanCreate()) throw EReadError(SNotItemClass, {ClassName});
+      TCollectionItem* Item = Collection->Add(Meta);
+      while (!FReader->EndOfList()) FReader->ReadProperty(Item);
+      FReader->ReadListEnd();
+    }
     FReader->ReadListEnd();
-  }
-  FReader->ReadListEnd();
+  });
 }
 
 }  // namespace kz

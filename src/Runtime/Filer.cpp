@@ -47,13 +47,6 @@ const TPropInfo* FindProp(const std::vector<TPropInfo>& Props, StringView Name) 
   return nullptr;
 }
 
-// Ends a collection update however the reading or writing ends.
-struct TUpdateGuard {
-  explicit TUpdateGuard(TCollection* C) : C(C) { C->BeginUpdate(); }
-  ~TUpdateGuard() { C->EndUpdate(); }
-  TCollection* C;
-};
-
 }  // namespace
 
 void RegisterProperties(const TMetaClass& AClass, std::vector<TPropInfo> Props) {
@@ -451,15 +444,16 @@ void TReader::ReadCollection(TCollection* Collection) {
   if (!Collection) RaiseNullAccess(u"collection");
   TDepthGuard Depth(*this);
   CheckValue(vaCollection);
-  TUpdateGuard Update(Collection);
-  Collection->Clear();
-  while (!EndOfList()) {
-    ReadListBegin();
-    TCollectionItem* Item = Collection->Add();
-    while (!EndOfList()) ReadProperty(Item);
+  WithinUpdate(*Collection, [&] {
+    Collection->Clear();
+    while (!EndOfList()) {
+      ReadListBegin();
+      TCollectionItem* Item = Collection->Add();
+      while (!EndOfList()) ReadProperty(Item);
+      ReadListEnd();
+    }
     ReadListEnd();
-  }
-  ReadListEnd();
+  });
 }
 
 void TReader::ReadComponentBody(TComponent* Component) {
