@@ -104,29 +104,12 @@ std::int32_t TUTF8Encoding::GetCharCount(const Byte* Bytes, std::int32_t Count) 
   const std::size_t N = Len(Count);
   std::size_t i = 0, Chars = 0;
   while (i < N) {
-    const unsigned C = Bytes[i];
-    if (C < 0x80) {
-      ++Chars, ++i;
-      continue;
-    }
-    int SeqLen = 0;
-    unsigned Lo = 0x80, Hi = 0xBF;
-    if (C >= 0xC2 && C <= 0xDF) SeqLen = 2;
-    else if (C == 0xE0) SeqLen = 3, Lo = 0xA0;
-    else if (C == 0xED) SeqLen = 3, Hi = 0x9F;
-    else if (C >= 0xE1 && C <= 0xEF) SeqLen = 3;
-    else if (C == 0xF0) SeqLen = 4, Lo = 0x90;
-    else if (C == 0xF4) SeqLen = 4, Hi = 0x8F;
-    else if (C >= 0xF1 && C <= 0xF3) SeqLen = 4;
-    int Got = 1;
-    while (SeqLen && Got < SeqLen && i + Got < N) {
-      const unsigned B = Bytes[i + Got];
-      if (B < (Got == 1 ? Lo : 0x80u) || B > (Got == 1 ? Hi : 0xBFu)) break;
-      ++Got;
-    }
-    if (SeqLen && Got < SeqLen && i + Got == N) break;  // may still be completed
-    Chars += !SeqLen || Got < SeqLen ? 1 : SeqLen == 4 ? 2 : 1;
-    i += static_cast<std::size_t>(Got);
+    char32_t Cp;
+    bool Truncated;
+    const std::size_t Step = Utf8Step(Bytes + i, N - i, Cp, Truncated);
+    if (Truncated) break;  // may still be completed
+    Chars += Cp >= 0x10000 ? 2 : 1;
+    i += Step;
   }
   return Clamp32(Chars);
 }

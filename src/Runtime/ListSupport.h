@@ -75,4 +75,29 @@ void QuickSortPositions(std::int32_t L, std::int32_t R, TCompare& Compare, TSwap
   }
 }
 
+/// Binary search of a sorted list of Count positions; Compare(I) compares position I with the
+/// key sought (negative, zero, positive). Answers whether an equal position was met; Index is
+/// then the first equal position when FirstOfEquals, otherwise an equal position met on the
+/// way; when none is equal, the insertion point.
+template <class TCompare>
+bool SortedFind(std::int32_t Count, bool FirstOfEquals, TCompare&& Compare, std::int32_t& Index) {
+  bool Result = false;
+  std::int32_t L = 0, H = Count - 1;
+  while (L <= H) {
+    const std::int32_t I = L + (H - L) / 2;
+    const int C = Compare(I);
+    if (C < 0) {
+      L = I + 1;
+    } else {
+      H = I - 1;
+      if (C == 0) {
+        Result = true;
+        if (!FirstOfEquals) L = I;
+      }
+    }
+  }
+  Index = L;
+  return Result;
+}
+
 }  // namespace kz::detail

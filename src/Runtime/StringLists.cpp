@@ -434,23 +434,9 @@ void TStringList::Move(std::int32_t CurIndex, std::int32_t NewIndex) {
 }
 
 bool TStringList::Find(StringView S, std::int32_t& Index) const {
-  bool Result = false;
-  std::int32_t L = 0, H = GetCount() - 1;
-  while (L <= H) {
-    const std::int32_t I = L + (H - L) / 2;
-    const int C = CompareStrings(FList[static_cast<std::size_t>(I)].FString, S);
-    if (C < 0) {
-      L = I + 1;
-    } else {
-      H = I - 1;
-      if (C == 0) {
-        Result = true;
-        if (FDuplicates != dupAccept) L = I;
-      }
-    }
-  }
-  Index = L;
-  return Result;
+  return detail::SortedFind(
+      GetCount(), FDuplicates == dupAccept,
+      [&](std::int32_t I) { return CompareStrings(FList[static_cast<std::size_t>(I)].FString, S); }, Index);
 }
 
 std::int32_t TStringList::IndexOf(StringView S) const {

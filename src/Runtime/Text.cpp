@@ -10,6 +10,41 @@
 
 namespace kz {
 
+std::size_t Utf8Step(const unsigned char* P, std::size_t N, char32_t& Cp, bool& Truncated) {
+  Truncated = false;
+  const unsigned C = P[0];
+  if (C < 0x80) {
+    Cp = C;
+    return 1;
+  }
+  // The valid second bytes depend on the lead byte: this excludes overlong forms, encoded
+  // surrogates and values past U+10FFFF at the earliest byte, as Unicode recommends.
+  std::size_t Len = 0;
+  unsigned Lo = 0x80, Hi = 0xBF;
+  if (C >= 0xC2 && C <= 0xDF) Len = 2;
+  else if (C == 0xE0) Len = 3, Lo = 0xA0;
+  else if (C == 0xED) Len = 3, Hi = 0x9F;
+  else if (C >= 0xE1 && C <= 0xEF) Len = 3;
+  else if (C == 0xF0) Len = 4, Lo = 0x90;
+  else if (C == 0xF4) Len = 4, Hi = 0x8F;
+  else if (C >= 0xF1 && C <= 0xF3) Len = 4;
+  char32_t V = C & (Len == 2 ? 0x1F : Len == 3 ? 0x0F : 0x07);
+  std::size_t Got = 1;
+  while (Len && Got < Len && Got < N) {
+    const unsigned B = P[Got];
+    if (B < (Got == 1 ? Lo : 0x80u) || B > (Got == 1 ? Hi : 0xBFu)) break;
+    V = (V << 6) | (B & 0x3F);
+    ++Got;
+  }
+  if (Len && Got == Len) {
+    Cp = V;
+    return Len;
+  }
+  Truncated = Len && Got == N;
+  Cp = 0xFFFD;
+  return Got;
+}
+
 String Utf8ToString(std::string_view S) {
   String R;
   R.reserve(S.size());
@@ -17,35 +52,9 @@ String Utf8ToString(std::string_view S) {
   const std::size_t N = S.size();
   std::size_t i = 0;
   while (i < N) {
-    const unsigned C = P[i];
-    if (C < 0x80) {
-      R.push_back(static_cast<Char>(C));
-      ++i;
-      continue;
-    }
-    // Each ill-formed maximal subpart becomes one U+FFFD, as Unicode recommends.
-    int Len = 0;
-    unsigned Lo = 0x80, Hi = 0xBF;
-    if (C >= 0xC2 && C <= 0xDF) Len = 2;
-    else if (C == 0xE0) Len = 3, Lo = 0xA0;
-    else if (C == 0xED) Len = 3, Hi = 0x9F;
-    else if (C >= 0xE1 && C <= 0xEF) Len = 3;
-    else if (C == 0xF0) Len = 4, Lo = 0x90;
-    else if (C == 0xF4) Len = 4, Hi = 0x8F;
-    else if (C >= 0xF1 && C <= 0xF3) Len = 4;
-    char32_t Cp = C & (Len == 2 ? 0x1F : Len == 3 ? 0x0F : 0x07);
-    int Got = 1;
-    while (Len && Got < Len && i + Got < N) {
-      const unsigned B = P[i + Got];
-      if (B < (Got == 1 ? Lo : 0x80u) || B > (Got == 1 ? Hi : 0xBFu)) break;
-      Cp = (Cp << 6) | (B & 0x3F);
-      ++Got;
-    }
-    if (!Len || Got < Len) {
-      R.push_back(u'\uFFFD');
-      i += static_cast<std::size_t>(Got);
-      continue;
-    }
+    char32_t Cp;
+    bool Truncated;
+    i += Utf8Step(P + i, N - i, Cp, Truncated);
     if (Cp >= 0x10000) {
       Cp -= 0x10000;
       R.push_back(static_cast<Char>(0xD800 + (Cp >> 10)));
@@ -53,7 +62,6 @@ String Utf8ToString(std::string_view S) {
     } else {
       R.push_back(static_cast<Char>(Cp));
     }
-    i += static_cast<std::size_t>(Len);
   }
   return R;
 }

@@ -10,6 +10,11 @@ namespace kz {
 
 /// UTF-8 to UTF-16; invalid sequences become U+FFFD.
 String Utf8ToString(std::string_view S);
+/// One step of UTF-8 decoding at P, with N >= 1 bytes available. Answers the number of bytes
+/// the step takes; Cp is the code point, or U+FFFD for an ill-formed maximal subpart (one
+/// replacement per subpart). Truncated tells that the input ended inside a sequence that
+/// further bytes could still complete.
+std::size_t Utf8Step(const unsigned char* P, std::size_t N, char32_t& Cp, bool& Truncated);
 /// UTF-16 to UTF-8; unpaired surrogates become U+FFFD.
 std::string StringToUtf8(StringView S);
 

@@ -246,23 +246,9 @@ void TGStringList::Move(std::int32_t CurIndex, std::int32_t NewIndex) {
 }
 
 bool TGStringList::Find(StringView S, std::int32_t& Index) const {
-  bool Result = false;
-  std::int32_t L = 0, H = FCount - 1;
-  while (L <= H) {
-    const std::int32_t I = (L + H) >> 1;
-    const int C = FCompareTextProc(FList[static_cast<std::size_t>(I)].FString, S);
-    if (C < 0) {
-      L = I + 1;
-    } else {
-      H = I - 1;
-      if (C == 0) {
-        Result = true;
-        if (FDuplicates != dupAccept) L = I;
-      }
-    }
-  }
-  Index = L;
-  return Result;
+  return detail::SortedFind(
+      FCount, FDuplicates == dupAccept,
+      [&](std::int32_t I) { return FCompareTextProc(FList[static_cast<std::size_t>(I)].FString, S); }, Index);
 }
 
 std::int32_t TGStringList::IndexOf(StringView S) const {
