@@ -111,15 +111,15 @@ void RegisterFilerTestClasses() {
                                             PublishedObject(u"Tags", &TGadget::GetTags)});
 }
 
-void Fill(TGadget& G, int Seed) {
-  G.FCount = Seed;
-  G.FBig = std::int64_t{1} << (40 + Seed);
-  G.FRatio = 0.1 * Seed;
-  G.FOn = Seed % 2;
-  G.FCaption = u"caption \u00e9\U0001F600 " + IntToStr(Seed);
+void Fill(TGadget& G, int Base) {
+  G.FCount = Base;
+  G.FBig = std::int64_t{1} << (40 + Base);
+  G.FRatio = 0.1 * Base;
+  G.FOn = Base % 2;
+  G.FCaption = u"caption \u00e9\U0001F600 " + IntToStr(Base);
   G.FShade = shDark;
-  G.FOrigin.FX = -Seed;
-  static_cast<TTag*>(G.FTags.Add())->FLabel = u"a" + IntToStr(Seed);
+  G.FOrigin.FX = -Base;
+  static_cast<TTag*>(G.FTags.Add())->FLabel = u"a" + IntToStr(Base);
   static_cast<TTag*>(G.FTags.Add())->FLabel = u"b";
   G.FNotes = {u"n1", u""};
   G.FBlob = {0, 1, 2, 255};
