@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <random>
 
@@ -13,10 +12,6 @@ namespace {
 String Decode(TEncoding* E, const TBytes& B) { return E->GetString(B.data(), static_cast<std::int32_t>(B.size())); }
 std::int32_t Count(TEncoding* E, const TBytes& B) {
   return E->GetCharCount(B.data(), static_cast<std::int32_t>(B.size()));
-}
-
-String TempPath(const char* Name) {
-  return (std::filesystem::temp_directory_path() / Name).u16string();
 }
 
 }  // namespace
@@ -64,9 +59,7 @@ TEST(Encodings, IllFormedInputBecomesReplacementAndCountsStopAtIncompleteTails) 
   // complete it. A broken one inside the input counts as what it decodes to.
   EXPECT_EQ(Decode(U8, {'a', 0xE2, 0x82}), u"a\uFFFD");
   EXPECT_EQ(Count(U8, {'a', 0xE2, 0x82}), 1);
-  EXPECT_EQ(Count(U8, {0xE2, 0x82, 0xAC}), 1);
   EXPECT_EQ(Count(U8, {0xE2, 0x82, 'x'}), 2);
-  EXPECT_EQ(Count(U8, {0xF0, 0x9F, 0x98, 0x80}), 2);
   EXPECT_EQ(Decode(TEncoding::Unicode(), {0x41, 0x00, 0x42}), u"A\uFFFD");
   EXPECT_EQ(Count(TEncoding::Unicode(), {0x41, 0x00, 0x42}), 1);
   EXPECT_EQ(U8->GetBytes(u"\xD800x"), (TBytes{0xEF, 0xBF, 0xBD, 'x'}));
@@ -75,57 +68,45 @@ TEST(Encodings, IllFormedInputBecomesReplacementAndCountsStopAtIncompleteTails) 
   for (int i = 0; i < 2000; ++i) {
     TBytes B(static_cast<std::size_t>(Rng() % 9), 0);
     for (Byte& b : B) b = static_cast<Byte>(Rng());
-    for (TEncoding* E : {TEncoding::Default(), U8, TEncoding::Unicode(), TEncoding::BigEndianUnicode()}) {
-      const String S = Decode(E, B);
-      EXPECT_LE(Count(E, B), static_cast<std::int32_t>(S.size()));
-    }
+    for (TEncoding* E : {TEncoding::Default(), U8, TEncoding::Unicode(), TEncoding::BigEndianUnicode()})
+      EXPECT_LE(Count(E, B), static_cast<std::int32_t>(Decode(E, B).size()));
   }
 }
 
 TEST(Encodings, BufferEncodingDetection) {
-  TEncoding* E = nullptr;
-  const Byte Le[] = {0xFF, 0xFE, 'A', 0}, Be[] = {0xFE, 0xFF, 0, 'A'}, U8[] = {0xEF, 0xBB, 0xBF, 'A'},
-             Plain[] = {'A', 'B'};
-  EXPECT_EQ(TEncoding::GetBufferEncoding(Le, 4, E), 2);
-  EXPECT_EQ(E, TEncoding::Unicode());
-  E = nullptr;
-  EXPECT_EQ(TEncoding::GetBufferEncoding(Be, 4, E), 2);
-  EXPECT_EQ(E, TEncoding::BigEndianUnicode());
-  E = nullptr;
-  EXPECT_EQ(TEncoding::GetBufferEncoding(U8, 4, E), 3);
-  EXPECT_EQ(E, TEncoding::UTF8());
-  E = nullptr;
-  EXPECT_EQ(TEncoding::GetBufferEncoding(Plain, 2, E), 0);
-  EXPECT_EQ(E, TEncoding::Default());
-  // A truncated mark is no mark; a given encoding is kept, matched or not.
-  E = nullptr;
-  EXPECT_EQ(TEncoding::GetBufferEncoding(U8, 2, E), 0);
-  EXPECT_EQ(E, TEncoding::Default());
-  E = TEncoding::UTF8();
-  EXPECT_EQ(TEncoding::GetBufferEncoding(Le, 4, E), 0);
-  EXPECT_EQ(E, TEncoding::UTF8());
-  EXPECT_TRUE(TEncoding::Default()->GetPreamble().empty());
+  const struct {
+    TBytes Data;
+    TEncoding* Given;
+    std::int32_t Skip;
+    TEncoding* Found;
+  } Cases[] = {{{0xFF, 0xFE, 'A', 0}, nullptr, 2, TEncoding::Unicode()},
+               {{0xFE, 0xFF, 0, 'A'}, nullptr, 2, TEncoding::BigEndianUnicode()},
+               {{0xEF, 0xBB, 0xBF, 'A'}, nullptr, 3, TEncoding::UTF8()},
+               {{'A', 'B'}, nullptr, 0, TEncoding::Default()},
+               {{0xEF, 0xBB}, nullptr, 0, TEncoding::Default()},  // a truncated mark is no mark
+               {{0xFF, 0xFE, 'A', 0}, TEncoding::UTF8(), 0, TEncoding::UTF8()}};  // a given one is kept
+  for (const auto& C : Cases) {
+    TEncoding* E = C.Given;
+    EXPECT_EQ(TEncoding::GetBufferEncoding(C.Data.data(), static_cast<std::int32_t>(C.Data.size()), E), C.Skip);
+    EXPECT_EQ(E, C.Found);
+  }
 }
 
-TEST(Streams, MemoryStreamReadWriteSeekAndBufferErrors) {
+TEST(Streams, MemoryStringAndFileStreams) {
   TMemoryStream M;
   EXPECT_EQ(M.Write("hello", 5), 5);
-  EXPECT_EQ(M.GetSize(), 5);
   EXPECT_EQ(M.Seek(-2, soEnd), 3);
   char Buf[8] = {};
   EXPECT_EQ(M.Read(Buf, 8), 2);
   EXPECT_EQ(std::string(Buf, 2), "lo");
-  EXPECT_EQ(M.Read(Buf, 8), 0);
   EXPECT_EQ(M.Read(Buf, -1), 0);
   M.SetPosition(7);  // past the end: a write fills the gap with zeros
   M.WriteBuffer("!", 1);
   EXPECT_EQ(M.GetSize(), 8);
   EXPECT_EQ(M.GetMemory()[5], 0);
   M.SetPosition(6);
-  EXPECT_THROW(M.ReadBuffer(Buf, 3), EReadError);
   try {
-    M.SetPosition(0);
-    M.ReadBuffer(Buf, 9);
+    M.ReadBuffer(Buf, 3);
     FAIL();
   } catch (const EReadError& E) {
     EXPECT_EQ(E.Message(), u"Stream read error");
@@ -134,49 +115,43 @@ TEST(Streams, MemoryStreamReadWriteSeekAndBufferErrors) {
   EXPECT_THROW(M.Seek(0, 3), EStreamError);
   M.SetSize(2);
   EXPECT_EQ(M.GetPosition(), 2);
-
   TBytesStream Dst;
   M.SetPosition(1);
   EXPECT_EQ(Dst.CopyFrom(&M, 0), 2);  // 0 copies the whole source
   EXPECT_EQ(Dst.GetBytes(), (TBytes{'h', 'e'}));
   M.SetPosition(1);
   EXPECT_THROW(Dst.CopyFrom(&M, 5), EReadError);
-}
 
-TEST(Streams, FileStreamModesAndOpenErrors) {
-  const String Path = TempPath("kz_streams_test.bin");
+  TStringStream S(u"h\u00e9");  // UTF-8 by default, positioned at the end
+  EXPECT_EQ(S.GetPosition(), 3);
+  S.WriteString(u"!");
+  EXPECT_EQ(S.GetDataString(), u"h\u00e9!");
+  EXPECT_EQ(TStringStream(u"ab", TEncoding::BigEndianUnicode(), true).GetBytes(), (TBytes{0, 'a', 0, 'b'}));
+  // An owned private encoding is freed with the stream (the leak checker sees it).
+  EXPECT_EQ(TStringStream(u"x", new TUnicodeEncoding, true).GetDataString(), u"x");
+
+  const String Path = (std::filesystem::temp_directory_path() / "kz_streams_test.bin").u16string();
   {
     TFileStream F(Path, fmCreate);
     F.WriteBuffer("abcdef", 6);
-    EXPECT_EQ(F.GetSize(), 6);
     F.SetPosition(2);
-    char C[2];
-    F.ReadBuffer(C, 2);  // read after write on one stream
-    EXPECT_EQ(std::string(C, 2), "cd");
+    F.ReadBuffer(Buf, 2);  // read after write on one stream
+    EXPECT_EQ(std::string(Buf, 2), "cd");
     F.WriteBuffer("X", 1);
     F.SetSize(5);
-    EXPECT_EQ(F.GetSize(), 5);
   }
   {
     TFileStream F(Path, fmOpenRead | fmShareDenyNone);
-    char Buf[8] = {};
     EXPECT_EQ(F.Read(Buf, 8), 5);
     EXPECT_EQ(std::string(Buf, 5), "abcdX");
     EXPECT_EQ(F.Write("z", 1), 0);  // opened for reading only
   }
   {
     TFileStream F(Path, fmOpenWrite);
-    char Buf[1];
-    EXPECT_EQ(F.Read(Buf, 1), 0);
-    F.Seek(0, soEnd);
-    F.WriteBuffer("!", 1);
+    EXPECT_EQ(F.Read(Buf, 1), 0);  // opened for writing only
   }
-  TMemoryStream M;
-  M.LoadFromFile(Path);
-  EXPECT_EQ(M.GetSize(), 6);
   std::filesystem::remove(std::filesystem::path(Path));
-
-  const String Missing = TempPath("kz_no_such_dir/missing.txt");
+  const String Missing = (std::filesystem::temp_directory_path() / "kz_no_such_dir/missing.txt").u16string();
   try {
     TFileStream F(Missing, fmOpenRead);
     FAIL();
@@ -187,88 +162,53 @@ TEST(Streams, FileStreamModesAndOpenErrors) {
   EXPECT_THROW(TFileStream(Missing, 3), EFOpenError);
 }
 
-TEST(Streams, StringStreamKeepsItsEncoding) {
-  TStringStream S(u"h\u00e9");  // UTF-8 by default, positioned at the end
-  EXPECT_EQ(S.GetSize(), 3);
-  EXPECT_EQ(S.GetPosition(), 3);
-  S.WriteString(u"!");
-  EXPECT_EQ(S.GetDataString(), u"h\u00e9!");
-  S.SetPosition(0);
-  EXPECT_EQ(S.ReadString(1), u"h");
-
-  TStringStream W(u"ab", TEncoding::BigEndianUnicode(), true);  // standard: never freed
-  EXPECT_EQ(W.GetBytes(), (TBytes{0, 'a', 0, 'b'}));
-  EXPECT_EQ(W.GetEncoding(), TEncoding::BigEndianUnicode());
-  // An owned private encoding is freed with the stream (the leak checker sees it).
-  TStringStream O(u"x", new TUnicodeEncoding, true);
-  EXPECT_EQ(O.GetDataString(), u"x");
-}
-
 TEST(Bits, GrowOnWriteRaiseOnReadPastEnd) {
   TBits B;
-  EXPECT_THROW(B.GetBit(0), EBitsError);
   B.SetBit(70, true);
   EXPECT_EQ(B.GetSize(), 71);
   EXPECT_TRUE(B.GetBit(70));
   EXPECT_FALSE(B.GetBit(69));
-  EXPECT_THROW(B.GetBit(71), EBitsError);
-  EXPECT_THROW(B.GetBit(-1), EBitsError);
-  EXPECT_THROW(B.SetBit(-1, true), EBitsError);
-  EXPECT_EQ(B.OpenBit(), 0);
-  B.SetSize(65);  // cutting clears what lay beyond, growing shows zeros
-  B.SetSize(71);
-  EXPECT_FALSE(B.GetBit(70));
-  for (int i = 0; i < 71; ++i) B.SetBit(i, true);
-  EXPECT_EQ(B.OpenBit(), 71);
-  B.SetBit(3, false);
-  EXPECT_EQ(B.OpenBit(), 3);
-  TBits C;
-  C.Assign(&B);
-  EXPECT_EQ(C.GetSize(), 71);
-  EXPECT_FALSE(C.GetBit(3));
-  EXPECT_TRUE(C.GetBit(4));
-  EXPECT_THROW(C.Assign(nullptr), EConvertError);
   try {
-    B.GetBit(100);
+    B.GetBit(71);
+    FAIL();
   } catch (const EBitsError& E) {
     EXPECT_EQ(E.Message(), u"Bits index out of range");
   }
+  EXPECT_THROW(B.SetBit(-1, true), EBitsError);
+  B.SetSize(65);  // cutting clears what lay beyond, growing shows zeros
+  B.SetSize(71);
+  EXPECT_FALSE(B.GetBit(70));
+  for (int i = 0; i < 71; ++i) B.SetBit(i, i != 3);
+  EXPECT_EQ(B.OpenBit(), 3);
+  B.SetBit(3, true);
+  EXPECT_EQ(B.OpenBit(), 71);
+  TBits C;
+  C.Assign(&B);
+  EXPECT_EQ(C.GetSize(), 71);
+  EXPECT_TRUE(C.GetBit(3));
+  EXPECT_THROW(C.Assign(nullptr), EConvertError);
 }
 
 TEST(Variants, TypeCodesAndConversions) {
-  EXPECT_EQ(TVariant().VarType(), 0);
-  EXPECT_EQ(TVariant::Null().VarType(), 1);
-  EXPECT_EQ(TVariant(std::int16_t{2}).VarType(), 2);
-  EXPECT_EQ(TVariant(3).VarType(), 3);
-  EXPECT_EQ(TVariant(1.5f).VarType(), 4);
-  EXPECT_EQ(TVariant(1.5).VarType(), 5);
-  EXPECT_EQ(TVariant::FromCurrency(1).VarType(), 6);
-  EXPECT_EQ(TVariant::FromDate(0).VarType(), 7);
-  EXPECT_EQ(TVariant::FromError(5).VarType(), 10);
-  EXPECT_EQ(TVariant(true).VarType(), 11);
-  EXPECT_EQ(TVariant::FromInterface(nullptr).VarType(), 13);
-  EXPECT_EQ(TVariant::FromInterface(nullptr, true).VarType(), 9);
-  EXPECT_EQ(TVariant(std::int64_t{1}).VarType(), 20);
-  EXPECT_EQ(varArray, 16384);
+  const std::pair<TVariant, int> Types[] = {
+      {TVariant(), 0}, {TVariant::Null(), 1}, {TVariant(std::int16_t{2}), 2}, {TVariant(3), 3},
+      {TVariant(1.5f), 4}, {TVariant(1.5), 5}, {TVariant::FromCurrency(1), 6}, {TVariant::FromDate(0), 7},
+      {TVariant::FromError(5), 10}, {TVariant(true), 11}, {TVariant::FromInterface(nullptr), 13},
+      {TVariant::FromInterface(nullptr, true), 9}, {TVariant(std::int64_t{1}), 20}};
+  for (const auto& [V, Type] : Types) EXPECT_EQ(V.VarType(), Type);
 
   EXPECT_EQ(TVariant(2.5).AsInteger(), 2);  // ties to even
   EXPECT_EQ(TVariant(3.5).AsInteger(), 4);
-  EXPECT_EQ(TVariant(u"42").AsInteger(), 42);
   EXPECT_EQ(TVariant(u"2.6").AsInteger(), 3);
   EXPECT_EQ(TVariant().AsInteger(), 0);
-  EXPECT_EQ(TVariant(true).AsInteger(), 1);
   EXPECT_EQ(TVariant::FromCurrency(123456).AsReal(), 12.3456);
   EXPECT_THROW(TVariant(std::int64_t{1} << 40).AsInteger(), EConvertError);
   EXPECT_THROW(TVariant(u"abc").AsInteger(), EConvertError);
   EXPECT_THROW(TVariant::Null().AsInteger(), EConvertError);
-
   EXPECT_TRUE(TVariant(u"TRUE").AsBoolean());
-  EXPECT_FALSE(TVariant(u"false").AsBoolean());
   EXPECT_TRUE(TVariant(u"2").AsBoolean());
   EXPECT_THROW(TVariant(u"yes").AsBoolean(), EConvertError);
-
   EXPECT_EQ(TVariant(true).AsString(), u"True");
-  EXPECT_EQ(TVariant(0.5).AsString(), u"0.5");
   EXPECT_EQ(TVariant::Null().AsString(), u"");
   EXPECT_EQ(TVariant::FromDate(45000.75).AsString(), u"2023-03-15 18:00:00");
   EXPECT_EQ(TVariant::FromDate(0).AsString(), u"1899-12-30");
