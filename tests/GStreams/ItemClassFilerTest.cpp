@@ -31,14 +31,6 @@ void AddShapes(TCollection& C) {
   static_cast<TTag*>(C.Add())->FLabel = u"three";
 }
 
-TDrawing* NewDrawing(TComponent* Owner, const char16_t* Name, int Base) {
-  auto* D = new TDrawing(Owner);
-  D->SetName(Name);
-  Fill(*D, Base);
-  AddShapes(D->FShapes);
-  return D;
-}
-
 TBytes Written(const std::function<void(TWriter&)>& F) {
   TBytesStream M;
   TWriter W(&M);
@@ -46,35 +38,34 @@ TBytes Written(const std::function<void(TWriter&)>& F) {
   return M.GetBytes();
 }
 
+// A drawing with every kind of property and an empty drawing inside it, as stored.
+TBytes Sketch() {
+  RegisterFilerTestClasses();
+  RegisterClass(TDrawing::ClassInfo());
+  TDrawing D(nullptr);
+  D.SetName(u"Sketch");
+  Fill(D, 3);
+  AddShapes(D.FShapes);
+  (new TDrawing(&D))->SetName(u"Inner");
+  return Written([&](TWriter& W) { W.WriteRootComponent(&D); });
+}
+
 }  // namespace
 
 TEST(GSpecialFiler, ComponentWithItemsOfTwoClassesRoundTrips) {
-  RegisterFilerTestClasses();
-  RegisterClass(TDrawing::ClassInfo());
-  std::unique_ptr<TDrawing> Root(NewDrawing(nullptr, u"Sketch", 3));
-  NewDrawing(Root.get(), u"Inner", 4)->FShapes.Clear();
-  TBytesStream M(Written([&](TWriter& W) { W.WriteRootComponent(Root.get()); }));
+  TBytesStream M(Sketch());
   std::unique_ptr<TComponent> Copy = TReader(&M).ReadRootComponent();
   auto* D = dynamic_cast<TDrawing*>(Copy.get());
   ASSERT_NE(D, nullptr);
-  ExpectSame(*Root, *D);
-  ExpectSameItems(Root->FShapes, D->FShapes);
+  TDrawing Expected(nullptr);
+  Expected.SetName(u"Sketch");
+  Fill(Expected, 3);
+  AddShapes(Expected.FShapes);
+  ExpectSame(Expected, *D);
+  ExpectSameItems(Expected.FShapes, D->FShapes);
   EXPECT_EQ(D->FShapes.GetItem(1)->ClassType(), &TSizedTag::ClassInfo());
   ASSERT_EQ(D->GetComponentCount(), 1);
-  auto* Inner = static_cast<TDrawing*>(D->GetComponent(0));
-  ExpectSame(*static_cast<TDrawing*>(Root->GetComponent(0)), *Inner);
-  EXPECT_EQ(Inner->FShapes.GetCount(), 0);
-
-  // The layout: the collection marker, then per item a list led by the hidden class name.
-  TCollection Single(&TTag::ClassInfo());
-  EXPECT_EQ(Written([&](TWriter& W) { TGSpecialFiler(&W).WriteCollection(&Single); }),
-            (TBytes{vaCollection, vaNull}));
-  Single.Add(&TSizedTag::ClassInfo());
-  TBytes Expected{vaCollection, vaList, 15};
-  for (char C : std::string("HiddenItemClass")) Expected.push_back(static_cast<Byte>(C));
-  Expected.push_back(vaString);
-  EXPECT_EQ(Written([&](TWriter& W) { TGSpecialFiler(&W).WriteCollection(&Single); }).substr(0, Expected.size()),
-            Expected);
+  EXPECT_EQ(static_cast<TDrawing*>(D->GetComponent(0))->FShapes.GetCount(), 0);
 }
 
 TEST(GSpecialFiler, MissingReaderWriterOrClass) {
@@ -82,18 +73,16 @@ TEST(GSpecialFiler, MissingReaderWriterOrClass) {
   TMemoryStream M;
   TWriter W(&M);
   TCollection C(&TTag::ClassInfo());
-  try {
-    TGSpecialFiler(&W).ReadCollection(&C);
-    FAIL();
-  } catch (const EStreamError& E) {
-    EXPECT_EQ(E.Message(), u"No TReader defined for filer");
-  }
-  try {
-    TGSpecialFiler().WriteCollection(&C);
-    FAIL();
-  } catch (const EStreamError& E) {
-    EXPECT_EQ(E.Message(), u"No TWriter defined for filer");
-  }
+  auto Message = [](const std::function<void()>& F) {
+    try {
+      F();
+    } catch (const EStreamError& E) {
+      return E.Message();
+    }
+    return String();
+  };
+  EXPECT_EQ(Message([&] { TGSpecialFiler(&W).ReadCollection(&C); }), u"No TReader defined for filer");
+  EXPECT_EQ(Message([&] { TGSpecialFiler().WriteCollection(&C); }), u"No TWriter defined for filer");
 
   // An unregistered class stops the read; the items read before it stay.
   W.WriteValue(vaCollection);
@@ -114,11 +103,7 @@ TEST(GSpecialFiler, MissingReaderWriterOrClass) {
 }
 
 TEST(GSpecialFiler, TruncatedAndCorruptedStreamsRaiseOnlyReadErrors) {
-  RegisterFilerTestClasses();
-  RegisterClass(TDrawing::ClassInfo());
-  std::unique_ptr<TDrawing> Root(NewDrawing(nullptr, u"Sketch", 1));
-  NewDrawing(Root.get(), u"Inner", 2);
-  const TBytes Valid = Written([&](TWriter& W) { W.WriteRootComponent(Root.get()); });
+  const TBytes Valid = Sketch();
   auto Read = [](const TBytes& Data) -> int {
     TBytesStream M(Data);
     try {

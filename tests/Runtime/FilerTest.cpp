@@ -37,8 +37,7 @@ TEST(Filer, ValuesRoundTripInTheirSmallestForm) {
     W.WriteString(u"\u00fc\U0001F600");
     W.WriteListEnd();
   }
-  EXPECT_EQ(M.GetMemory()[1], vaInt8);
-  EXPECT_EQ(M.GetMemory()[3], vaInt8);
+  EXPECT_EQ(M.GetMemory()[3], vaInt8);  // -128
   M.SetPosition(0);
   TReader R(&M);
   R.ReadListBegin();
@@ -130,7 +129,6 @@ TEST(Filer, ReadErrorsNameWhatWentWrong) {
                            W.WritePropName(u"Tags"), W.WriteString(u"not a collection");
                          })),
             "Invalid value for property Tags");
-  EXPECT_EQ(Error(Stored(u"TGadget", None), nullptr, 3, '0'), "Invalid stream format");
   EXPECT_EQ(Error(Stored(u"TGadget", None)), "Unexpected end of stream");
   TGadget Other(nullptr);
   EXPECT_EQ(Error(Stored(u"TComponent", None), [&](TReader& R) { R.ReadRootComponent(&Other); }),
@@ -145,14 +143,6 @@ TEST(Filer, ReadErrorsNameWhatWentWrong) {
 
   TMemoryStream M;
   TWriter W(&M);
-  Stored(u"TNoSuchGadget", None)(W);
-  M.SetPosition(0);
-  try {
-    TReader(&M).ReadRootComponent();
-    FAIL();
-  } catch (const EClassNotFound& E) {
-    EXPECT_EQ(E.Message(), u"Class TNoSuchGadget not found");
-  }
   EXPECT_THROW(W.WritePropName(u""), EWriteError);
   EXPECT_THROW(W.WritePropName(String(256, u'x')), EWriteError);
 }
