@@ -42,9 +42,9 @@ std::int64_t TextFolding(std::int32_t Key, std::int32_t Size) {
 TEST(HashFunctions, MatchTheTextDefinitionsOverManyKeysAndSizes) {
   TGHashtable T(11, 0.75f);
   std::mt19937 Rng(20240521);
-  std::vector<std::int32_t> Sizes = {1, 2, 7, 10, 11, 23, 99, 100, 101, 997, 1000, 4093, 10007, 65535,
-                                     99991, 100003, 999983, 1000003, 9999991, 16777213, 99999989,
-                                     123456789, 999999937, 1000000007, 2147483647, -7, -1000, -2147483647 - 1};
+  const std::int32_t Sizes[] = {1, 2, 7, 10, 11, 23, 99, 100, 101, 997, 1000, 4093, 10007, 65535, 99991, 100003,
+                                999983, 1000003, 9999991, 16777213, 99999989, 123456789, 999999937, 1000000007,
+                                2147483647, -7, -1000, -2147483647 - 1};
   std::vector<std::int32_t> Keys = {0, 1, -1, 9, 10, 99, 100, 12345, 123456789, 999999999, 1000000000,
                                     2147483647, -2147483647 - 1, 46340, 46341, 65535, 65536, -123456789};
   for (int I = 0; I < 3000; ++I) Keys.push_back(static_cast<std::int32_t>(Rng()));
@@ -59,15 +59,8 @@ TEST(HashFunctions, MatchTheTextDefinitionsOverManyKeysAndSizes) {
       ASSERT_EQ(T.MidSquareHash(K, Size), TextMidSquare(K, Size));
       ASSERT_EQ(T.FoldingHash(K, Size), TextFolding(K, Size));
     }
-}
-
-TEST(HashFunctions, FixedValuesAndSizeZero) {
-  TGHashtable T(11, 0.75f);
-  EXPECT_EQ(T.FoldingHash(123456789, 2147483647), 1234689);
-  EXPECT_EQ(T.TruncationHash(123456789, 100), 89);
-  EXPECT_EQ(T.TruncationHash(5, 1000), 5);
-  EXPECT_EQ(T.MidSquareHash(12345, 100), 2);  // 152399025: "902" from its middle, mod 100
-  EXPECT_EQ(T.DivisionHash(-5, 11), 2147483643 % 11);
+  // A known value keeps the text versions themselves honest: "902" from the middle of 152399025.
+  EXPECT_EQ(T.MidSquareHash(12345, 100), 2);
   for (auto F : {&TGCustomHashtable::DivisionHash, &TGCustomHashtable::TruncationHash,
                  &TGCustomHashtable::MidSquareHash, &TGCustomHashtable::FoldingHash})
     EXPECT_THROW((T.*F)(42, 0), EDivByZero);

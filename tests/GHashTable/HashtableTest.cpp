@@ -1,25 +1,20 @@
-// Word- and integer-keyed tables: orders, growth, counts, the cursor, iterators, notices.
+// Word- and integer-keyed tables: orders, growth, guards, the cursor, iterators, notices.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
 
 #include "GHashTable/GHashTable.h"
+#include "Runtime/TestSupport.h"
 
 using namespace kz;
+using kz::test::MessageOf;
 
 namespace {
 
 Pointer W(std::intptr_t V) { return reinterpret_cast<Pointer>(V); }
 std::intptr_t N(Pointer P) { return reinterpret_cast<std::intptr_t>(P); }
-
-std::vector<std::intptr_t> Drain(IIterator& It) {
-  std::vector<std::intptr_t> R;
-  while (It.HasMoreElements()) R.push_back(N(It.NextElement()));
-  return R;
-}
 
 std::vector<std::intptr_t> Positions(TGCustomHashtable& T) {
   std::vector<std::intptr_t> R;
@@ -61,20 +56,16 @@ TEST(Hashtable, OrdersUnderEveryHashType) {
     SCOPED_TRACE(static_cast<int>(C.Type));
     TGHashIntTable T(11, 0.75f);
     T.SetHashType(C.Type);
-    for (std::size_t I = 0; I < Keys.size(); ++I) T.Put(static_cast<std::int32_t>(Keys[I]), W(100 + I));
+    for (std::intptr_t K : Keys) T.Put(static_cast<std::int32_t>(K), W(K + 1));
     EXPECT_EQ(T.GetCapacity(), 23u);
     EXPECT_EQ(T.GetCollisions(), C.Collisions);
-    EXPECT_EQ(Drain(*T.Indices()), C.Iteration);
-    EXPECT_EQ(Positions(T), C.Positional);
-    // Backward walk answers the same positions.
-    for (std::int32_t I = T.GetCount() - 1; I >= 0; --I) EXPECT_EQ(N(T.GetKeyByIndex(I)), C.Positional[I]);
     std::vector<std::intptr_t> Own;
-    T.Reset();
-    while (!T.GetEOT()) Own.push_back(N(T.Next()));
+    for (T.Reset(); !T.GetEOT();) Own.push_back(N(T.Next()));
     EXPECT_EQ(Own, C.Iteration);
+    EXPECT_EQ(Positions(T), C.Positional);
     auto Values = T.Elements();
-    EXPECT_EQ(N(Values->NextElement()), 100 + (std::find(Keys.begin(), Keys.end(), C.Iteration[0]) - Keys.begin()));
-    EXPECT_EQ(Values->GetCount(), 8);
+    EXPECT_EQ(N(Values->NextElement()), C.Iteration[0] + 1);
+    EXPECT_EQ(Values->GetCount(), 8);  // what is left to walk
   }
 }
 
@@ -92,63 +83,34 @@ TEST(Hashtable, GrowthThresholdAndCollisions) {
   EXPECT_EQ(T.GetCollisions(), 1);
   EXPECT_EQ(Positions(T), (std::vector<std::intptr_t>{23, 24, 1, 78, 56, 34, 12, 67, 45}));
   EXPECT_EQ(N(T.Get(1)), 5);
-  for (std::int32_t K = 100; T.GetCapacity() < 191; ++K) T.Put(K, W(K));
-  EXPECT_EQ(T.GetThreshold(), 143);  // 191 * 0.75 = 143.25
-  // Collisions drop only when the bucket keeps an entry.
-  EXPECT_EQ(T.Remove(24), W(24));
-  EXPECT_EQ(T.GetCount(), static_cast<std::int32_t>(Positions(T).size()));
 
   TGHashtable R(10, 0.25f);
   EXPECT_EQ(R.GetThreshold(), 2);  // 2.5 rounds to even
   R.SetCapacity(14);
   EXPECT_EQ(R.GetThreshold(), 4);  // 3.5 rounds to even
-  R.SetLoadFactor(-1);
   R.SetLoadFactor(5);
   EXPECT_EQ(R.GetThreshold(), 70);
   EXPECT_THROW(R.SetLoadFactor(std::nanf("")), EGHashtableError);
   EXPECT_EQ(R.GetLoadFactor(), 5.0f);
-  // Collisions: a removal at the head counts only when the bucket keeps an entry.
-  TGHashtable C(11, 0.75f);
-  C.Put(W(1), W(1));
-  C.Put(W(12), W(2));
-  C.Put(W(23), W(3));
-  EXPECT_EQ(C.GetCollisions(), 2);
-  C.Remove(W(12));
-  EXPECT_EQ(C.GetCollisions(), 1);
-  C.Remove(W(23));
-  EXPECT_EQ(C.GetCollisions(), 0);
-  C.Remove(W(1));
-  EXPECT_EQ(C.GetCollisions(), 0);
 }
 
 TEST(Hashtable, ErrorsAndGuards) {
   TGHashtable T(11, 0.75f);
   EXPECT_FALSE(T.ContainsKey(nullptr));  // empty: no hashing
-  EXPECT_THROW(T.Get(W(1)), EGHashtableError);
-  EXPECT_THROW(T.Remove(W(1)), EGHashtableError);
   EXPECT_THROW(T.Put(nullptr, W(1)), EGHashtableError);
   T.Put(W(3), W(30));
   EXPECT_THROW(T.ContainsKey(nullptr), EGHashtableError);
-  try {
-    T.Get(W(4));
-    FAIL();
-  } catch (const EGHashtableError& E) {
-    EXPECT_EQ(E.Message(), u"No such element");
-  }
+  EXPECT_EQ(MessageOf<EGHashtableError>([&] { T.Get(W(4)); }), u"No such element");
   Pointer V = W(1);
   EXPECT_FALSE(T.ContainsKey(W(4), V));
   EXPECT_EQ(V, nullptr);
-  EXPECT_TRUE(T.ContainsKey(W(3), V));
-  EXPECT_EQ(V, W(30));
   EXPECT_TRUE(T.ContainsItem(W(30)));
   EXPECT_FALSE(T.ContainsItem(W(3)));
   EXPECT_THROW(T.SetHashType(htFolding), EGHashtableError);
   T.SetHashType(htDivision);  // the same type is fine
-  EXPECT_THROW(T.GetKeyByIndex(1), EListError);
-  EXPECT_THROW(T.GetItemByIndex(-1), EListError);
+  EXPECT_THROW(T.GetKeyByIndex(-1), EListError);
 
   TGHashIntTable Zero(0, 0.75f);
-  EXPECT_FALSE(Zero.ContainsKey(5));
   EXPECT_THROW(Zero.Put(5, nullptr), EDivByZero);
   EXPECT_THROW(Zero.Put(0, nullptr), EGHashtableError);
   TGHashIntTable Bad(11, 0.75f);
@@ -156,7 +118,7 @@ TEST(Hashtable, ErrorsAndGuards) {
   EXPECT_THROW(Bad.Put(5, nullptr), EGHashtableError);
 
   // A load factor that no growth can satisfy is refused instead of growing for ever.
-  for (float LF : {0.0f, -1.0f, 1e-12f}) {
+  for (float LF : {0.0f, -1.0f, 1e-12f, std::nanf("")}) {
     TGHashIntTable Never(11, LF);
     EXPECT_THROW(Never.Put(5, nullptr), EGHashtableError);
     EXPECT_EQ(Never.GetCount(), 0);
@@ -165,19 +127,13 @@ TEST(Hashtable, ErrorsAndGuards) {
   TGHashIntTable Small(1, 0.3f);  // threshold 0 at first, but growth makes room
   Small.Put(5, nullptr);
   EXPECT_EQ(Small.GetCapacity(), 3u);
-  TGHashIntTable NaN(11, std::nanf(""));
-  EXPECT_THROW(NaN.Put(5, nullptr), EGHashtableError);
 }
 
-TEST(Hashtable, CursorWalksBothWaysAndSurvivesRemovals) {
+TEST(Hashtable, CursorWalksBackwardOverRemovalsAndInserts) {
   TGHashIntTable T(7, 4.0f);
   for (std::int32_t K = 1; K <= 20; ++K) T.Put(K, W(K));
-  const std::vector<std::intptr_t> Order = Positions(T);
-  for (std::int32_t I = 19; I >= 0; --I) ASSERT_EQ(N(T.GetKeyByIndex(I)), Order[I]);
-  EXPECT_EQ(N(T.GetKeyByIndex(13)), Order[13]);
-  EXPECT_EQ(N(T.GetKeyByIndex(4)), Order[4]);
   // Remove each entry the backward walk stands on: the walk goes on over the rest.
-  std::vector<std::intptr_t> Left = Order;
+  std::vector<std::intptr_t> Left = Positions(T);
   for (std::int32_t I = 19; I > 0; I -= 2) {
     ASSERT_EQ(N(T.GetKeyByIndex(I)), Left[I]);
     T.Remove(static_cast<std::int32_t>(Left[I]));
@@ -186,9 +142,8 @@ TEST(Hashtable, CursorWalksBothWaysAndSurvivesRemovals) {
   }
   EXPECT_EQ(Positions(T), Left);
   T.Put(100, W(100));  // an insert below the cursor moves the positions behind it
-  EXPECT_EQ(T.GetCount(), 11);
-  std::vector<std::intptr_t> After = Positions(T);
-  EXPECT_EQ(After.size(), 11u);
+  const std::vector<std::intptr_t> After = Positions(T);
+  ASSERT_EQ(After.size(), 11u);
   for (std::int32_t I = 10; I >= 0; --I) ASSERT_EQ(N(T.GetKeyByIndex(I)), After[I]);
 }
 
@@ -196,42 +151,29 @@ TEST(Hashtable, IteratorsReadLiveAndOutliveTheirTable) {
   TIntfPtr<IIterator> Keys;
   {
     TGHashtable T(3, 20.0f);  // three long chains
-    auto Empty = T.Elements();
-    EXPECT_FALSE(Empty->HasMoreElements());
-    EXPECT_THROW(Empty->NextElement(), EGHashtableError);
-    EXPECT_THROW(T.NextElement(), EGHashtableError);
+    EXPECT_THROW(T.Elements()->NextElement(), EGHashtableError);
     for (std::intptr_t K = 1; K <= 30; ++K) T.Put(W(K), W(K * 10));
     Keys = T.Indices();
-    EXPECT_EQ(Keys->GetCount(), 30);
     EXPECT_EQ(Keys->Count(), 30);
     // Removing the pending entry and others during a walk skips them without harm.
-    std::vector<std::intptr_t> Seen;
+    std::int32_t Seen = 0;
     while (Keys->HasMoreElements()) {
       const std::intptr_t K = N(Keys->NextElement());
-      Seen.push_back(K);
+      ++Seen;
       EXPECT_EQ(Keys->CurrentElement(), W(K));
       if (K % 2 == 0 && K > 3) T.Remove(W(K - 3));  // the pending entry
     }
-    EXPECT_EQ(static_cast<std::int32_t>(Seen.size()), T.GetCount());
-    auto Each = T.GetEnumerator();
-    std::int32_t Steps = 0;
-    while (Each->MoveNext()) {
-      ++Steps;
-      EXPECT_EQ(N(Each->GetCurrent()) % 10, 0);
-    }
-    EXPECT_EQ(Steps, T.GetCount());
+    EXPECT_EQ(Seen, T.GetCount());
     Keys->Reset();
     Keys->NextElement();
     T.Clear();
     EXPECT_FALSE(Keys->HasMoreElements());
-    T.Put(W(5), W(50));
-    Keys->Reset();
   }
   EXPECT_THROW(Keys->HasMoreElements(), EAccessViolation);
   EXPECT_THROW(Keys->Reset(), EAccessViolation);
 }
 
-TEST(Hashtable, OwnerAndChangeNotifications) {
+TEST(Hashtable, OwnerHearsBeforeTheChecksAndUpdatesReportOnce) {
   TGHashtable T(1, 0.75f);  // threshold 1: the second put grows
   TIntfPtr<TRecordingOwner> Owner(new TRecordingOwner);
   int Changes = 0;
@@ -239,9 +181,8 @@ TEST(Hashtable, OwnerAndChangeNotifications) {
     EXPECT_EQ(Sender, &T);
     ++Changes;
   });
-  T.Clear();
-  EXPECT_EQ(Changes, 0);
   T.SetOwner(Owner);
+  T.Clear();  // nothing to clear: nobody hears
   T.Put(W(1), W(1));
   T.Put(W(2), W(2));
   T.Put(W(2), W(3));
@@ -259,10 +200,6 @@ TEST(Hashtable, OwnerAndChangeNotifications) {
   EXPECT_EQ(Changes, 6);
   T.EndUpdate();
   EXPECT_EQ(Changes, 7);
-  T.SetOwner(nullptr);
-  Owner->Log.clear();
-  T.Clear();
-  EXPECT_TRUE(Owner->Log.empty());
 }
 
 TEST(Hashtable, AssignCopiesLikeTables) {
@@ -275,15 +212,13 @@ TEST(Hashtable, AssignCopiesLikeTables) {
   B.SetOnChange([&](TObject*) { ++Changes; });
   B.Assign(&A);
   EXPECT_EQ(Changes, 2);  // the clear, then once for the whole copy
-  EXPECT_EQ(B.GetCount(), 9);
   EXPECT_EQ(B.GetCapacity(), 5u);
   EXPECT_EQ(B.GetHashType(), htFolding);
   EXPECT_EQ(B.GetLoadFactor(), 2.0f);
   for (std::intptr_t K = 1; K <= 9; ++K) EXPECT_EQ(B.Get(W(K * 1000)), W(K));
   B.Assign(&B);
   EXPECT_EQ(B.GetCount(), 9);
-  TGStringHashtable S(11, 0.75f);
+  TGStringHashtable S(11, 0.75f);  // word keys and strings do not mix
   EXPECT_THROW(B.Assign(&S), EConvertError);
   EXPECT_THROW(S.Assign(&B), EConvertError);
-  EXPECT_THROW(B.Assign(nullptr), EConvertError);
 }
