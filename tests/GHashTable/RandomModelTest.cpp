@@ -97,7 +97,6 @@ class TModelRun {
   void Check(bool Forward) {
     ASSERT_EQ(T.GetCount(), static_cast<std::int32_t>(M.size()));
     ASSERT_EQ(T.GetCapacity(), Cap);
-    ASSERT_LE(T.GetCount(), std::max<std::int64_t>(T.GetThreshold(), 0));
     std::set<std::int32_t> Used;
     for (const auto& [K, V] : M) {
       TGHashtableEntry* E = T.FindEntry(Word(K));
