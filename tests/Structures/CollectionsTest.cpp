@@ -25,13 +25,7 @@ class TNumItem : public TGCollectionItem {
   std::string* Log = nullptr;
 };
 
-TNumItem* AddNum(TCollection& C, int Value) {
-  auto* Item = static_cast<TNumItem*>(C.Add());
-  Item->Value = Value;
-  return Item;
-}
-
-// Joins a sorted collection with its value already set, so that placement sees it.
+// Joins the collection with its value already set, so that a sorted one places it by value.
 TNumItem* JoinNum(TCollection& C, int Value) {
   auto* Item = new TNumItem(nullptr);
   Item->Value = Value;
@@ -45,10 +39,9 @@ std::vector<int> Values(const TCollection& C) {
   return Result;
 }
 
-int Sign(int V) { return (V > 0) - (V < 0); }
-
 int Ascending(TObject*, TCollectionItem* A, TCollectionItem* B) {
-  return Sign(static_cast<TNumItem*>(A)->Value - static_cast<TNumItem*>(B)->Value);
+  const int X = static_cast<TNumItem*>(A)->Value, Y = static_cast<TNumItem*>(B)->Value;
+  return (X > Y) - (X < Y);
 }
 
 std::vector<String> Lines(const TStrings& L) { return L.ToStringArray(); }
@@ -58,9 +51,9 @@ std::vector<String> Lines(const TStrings& L) { return L.ToStringArray(); }
 TEST(GCollectionItem, LinkedItemsHearOfEachOthersDestruction) {
   std::string Log;
   TGCollection C(&TNumItem::ClassInfo());
-  TNumItem* A = AddNum(C, 1);
-  TNumItem* B = AddNum(C, 2);
-  TNumItem* D = AddNum(C, 3);
+  TNumItem* A = JoinNum(C, 1);
+  TNumItem* B = JoinNum(C, 2);
+  TNumItem* D = JoinNum(C, 3);
   for (TNumItem* Item : {A, B, D}) Item->Log = &Log;
   A->FreeNotification(B);
   A->FreeNotification(D);
@@ -72,14 +65,14 @@ TEST(GCollectionItem, LinkedItemsHearOfEachOthersDestruction) {
   delete D;
   delete B;
   EXPECT_EQ(Log, "3 2 ");
-  EXPECT_THROW(AddNum(C, 4)->FreeNotification(nullptr), EAccessViolation);
+  EXPECT_THROW(JoinNum(C, 4)->FreeNotification(nullptr), EAccessViolation);
 }
 
 TEST(GCollection, FindsByDisplayNameAndExportsToStrings) {
   TGCollection C(&TNumItem::ClassInfo());
-  AddNum(C, 10);
-  TNumItem* Twenty = AddNum(C, 20);
-  AddNum(C, 20);
+  JoinNum(C, 10);
+  TNumItem* Twenty = JoinNum(C, 20);
+  JoinNum(C, 20);
   EXPECT_EQ(C.IndexOf(u"20"), 1);
   TStringList L;
   L.Add(u"stale");
@@ -91,7 +84,7 @@ TEST(GCollection, FindsByDisplayNameAndExportsToStrings) {
 
 TEST(SortedCollection, SortsByTheHandlerEitherWay) {
   TSortedCollection C(&TNumItem::ClassInfo());
-  for (int V : {3, 1, 2}) AddNum(C, V);
+  for (int V : {3, 1, 2}) JoinNum(C, V);
   C.SetSorted(true);  // no handler: nothing to sort by
   EXPECT_EQ(Values(C), (std::vector<int>{3, 1, 2}));
   C.SetOnCompare(&Ascending);

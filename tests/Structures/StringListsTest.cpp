@@ -264,7 +264,7 @@ TEST(GStringList, AssignTakesOverLinesAndSettings) {
   EXPECT_EQ(Copy.GetStringOpsType(), soCaseSensitive);
 }
 
-TEST(SFCList, OwnerHearsFirstAndAddsReportOnce) {
+TEST(SFCList, OwnerHearsFirstAddsReportOnceAndTheFreeListOwnsItsObjects) {
   TSFCList L;
   TIntfPtr<TOwnerLog> Owner(new TOwnerLog);
   L.SetListOwner(TIntfPtr<IStringListOwner>(Owner.get()));
@@ -286,27 +286,26 @@ TEST(SFCList, OwnerHearsFirstAndAddsReportOnce) {
   L.Assign(&Source);
   EXPECT_EQ(Lines(L), (std::vector<String>{u"a", u"a", u"b", u"c"}));
   EXPECT_EQ(Owner->Log, "clear changed ");
-}
 
-TEST(SFCList, FreeListFreesWhatItReplacesDeletesAndClears) {
+  // The free list owns its objects: replaced, deleted and cleared ones are freed.
   TCounted::Alive = 0;
-  TIntfPtr<TOwnerLog> Owner(new TOwnerLog);
   {
-    TSFCFreeList L;
-    for (int i = 0; i < 4; ++i) L.AddObject(u"x", new TCounted(i));
-    L.PutObject(0, new TCounted(9));
-    L.Delete(1);
+    TSFCFreeList F;
+    for (int i = 0; i < 4; ++i) F.AddObject(u"x", new TCounted(i));
+    F.PutObject(0, new TCounted(9));
+    F.Delete(1);
     EXPECT_EQ(TCounted::Alive, 3);
-    L.SetListOwner(TIntfPtr<IStringListOwner>(Owner.get()));
-    L.Clear();  // one deletion per line, from the last
+    F.SetListOwner(TIntfPtr<IStringListOwner>(Owner.get()));
+    Owner->Log.clear();
+    F.Clear();  // one deletion per line, from the last
     EXPECT_EQ(TCounted::Alive, 0);
     EXPECT_EQ(Owner->Log, "delete2 delete1 delete0 clear changed ");
-    L.AddObject(u"kept", new TCounted);  // freed with the list
+    F.AddObject(u"kept", new TCounted);  // freed with the list
     TCounted Spare;
-    L.SetFreeMembers(false);
-    L.AddObject(u"spare", &Spare);
-    L.Delete(1);
-    L.SetFreeMembers(true);
+    F.SetFreeMembers(false);
+    F.AddObject(u"spare", &Spare);
+    F.Delete(1);
+    F.SetFreeMembers(true);
   }
   EXPECT_EQ(TCounted::Alive, 0);
 }
