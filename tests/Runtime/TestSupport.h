@@ -1,5 +1,5 @@
 // Helpers of the runtime tests: objects that count how many of them are alive (to check what
-// containers free) and the message of an expected exception.
+// containers free or release) and the message of an expected exception.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,6 +18,14 @@ class TCounted : public TObject {
 
  private:
   int FTag;
+};
+
+/// The interfaced counterpart of TCounted, to check what holders of references release.
+class TCountedIntf : public TInterfacedObject {
+ public:
+  TCountedIntf() { ++Alive; }
+  ~TCountedIntf() override { --Alive; }
+  static inline int Alive = 0;
 };
 
 /// Runs Action and answers the message of the E it raises; a test failure when it raises
