@@ -81,12 +81,12 @@ TEST(EqualityComparer, DefaultHashesSpreadOverMaskedBuckets) {
   // Similar keys (numbered names, aligned addresses, counters in the high bits) must reach
   // nearly all of the 1024 buckets a power-of-two table keeps by masking.
   static char Block[4096 * 16];
+  auto Bucket = [](auto Comparer, const auto& Key) { return static_cast<std::uint32_t>(Comparer->GetHashCode(Key)) & 1023u; };
   std::set<std::uint32_t> Names, Ptrs, Steps;
   for (int i = 0; i < 4096; ++i) {
-    const String Name = u"node" + AsciiToString(std::to_string(i));
-    Names.insert(static_cast<std::uint32_t>(TEqualityComparer<String>::Default()->GetHashCode(Name)) & 1023u);
-    Ptrs.insert(static_cast<std::uint32_t>(TEqualityComparer<const void*>::Default()->GetHashCode(Block + i * 16)) & 1023u);
-    Steps.insert(static_cast<std::uint32_t>(TEqualityComparer<std::int64_t>::Default()->GetHashCode(std::int64_t{i} << 32)) & 1023u);
+    Names.insert(Bucket(TEqualityComparer<String>::Default(), u"node" + AsciiToString(std::to_string(i))));
+    Ptrs.insert(Bucket(TEqualityComparer<const void*>::Default(), static_cast<const void*>(Block + i * 16)));
+    Steps.insert(Bucket(TEqualityComparer<std::int64_t>::Default(), std::int64_t{i} << 32));
   }
   for (const auto* Buckets : {&Names, &Ptrs, &Steps}) EXPECT_GE(Buckets->size(), 980u);
 }
