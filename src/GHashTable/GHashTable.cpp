@@ -5,6 +5,9 @@
 
 namespace kz {
 
+using namespace Runtime;
+using namespace GHashTable;
+
 namespace {
 
 // Bucket indexes are signed 32-bit, so no table grows past this many buckets.

@@ -18,6 +18,8 @@ enum TGHashType : std::uint8_t { htTruncation, htDivision, htMidSquare, htFoldin
 
 KZ_DECLARE_EXCEPTION(EGHashtableError, Exception)
 
+namespace GHashTable {
+KZ_UNIT_SCOPE(GHashTable)
 KZ_RESOURCESTRING(SNullArgument, u"Argument is null")
 KZ_RESOURCESTRING(SSubscriptOutOfRange, u"Subscript out of range")
 KZ_RESOURCESTRING(STableEmpty, u"Table is empty")
@@ -26,6 +28,7 @@ KZ_RESOURCESTRING(SNonEmptyTable, u"Cannot perform this operation with non-empty
 KZ_RESOURCESTRING(SInvalidLoadFactor, u"Load factor must be between 0.0 and 0.1")
 KZ_RESOURCESTRING(SIllegalNextElement, u"Illegal NextElement Call, must be iterating over the keys")
 KZ_RESOURCESTRING(SCannotGrow, u"Load factor too small: the table cannot grow to take another entry")
+}  // namespace GHashTable
 
 class TGCustomHashtable;
 class TGHashtableEnumerator;

@@ -2,6 +2,9 @@
 
 namespace kz {
 
+using namespace Runtime;
+using namespace GHashTable;
+
 // ---- TGStringHashtableEntry ----
 
 Pointer TGStringHashtableEntry::GetKey() { return TGStringHashtable::KeyWord(FKeyString); }

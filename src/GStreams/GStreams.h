@@ -9,6 +9,8 @@
 
 namespace kz {
 
+namespace GStreams {
+KZ_UNIT_SCOPE(GStreams)
 KZ_RESOURCESTRING(SInvalidBufferState, u"Invalid buffer state")
 KZ_RESOURCESTRING(SInvalidOriginPoint, u"Invalid Origin Point specified: %s")
 KZ_RESOURCESTRING(SErrorSeekingInBuffer, u"Error seeking in buffer")
@@ -19,8 +21,6 @@ KZ_RESOURCESTRING(SInvalidEncodingEOF, u"Invalid stream encoding determination, 
 KZ_RESOURCESTRING(SInvalidSeekEOF, u"Invalid seek command, EOF reached")
 KZ_RESOURCESTRING(SNoWriterDefined, u"No TWriter defined for filer")
 KZ_RESOURCESTRING(SNoReaderDefined, u"No TReader defined for filer")
-
-namespace GStreams {
 /// One level of indentation for text the unit's clients write.
 inline constexpr StringView IndentString = u"  ";
 }  // namespace GStreams

@@ -6,6 +6,9 @@
 
 namespace kz {
 
+using namespace Runtime;
+using namespace GStreams;
+
 namespace {
 std::unique_ptr<Byte[]> NewBlock(std::uint32_t Size) {
   try {

@@ -2,6 +2,9 @@
 
 namespace kz {
 
+using namespace Runtime;
+using namespace GStreams;
+
 namespace {
 constexpr StringView GHiddenItemClass = u"HiddenItemClass";
 }

@@ -5,6 +5,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 namespace {
 
 // Package order. None of the units builds global state at start-up.

@@ -24,8 +24,11 @@ struct TKZDWordFiller {
 };
 static_assert(sizeof(TKZDWordFiller) == sizeof(void*) - sizeof(std::uint32_t));
 
+namespace KZConstants {
+KZ_UNIT_SCOPE(KZConstants)
 /// One level of indentation in text the library writes: two spaces.
 inline constexpr StringView IndentString = u"  ";
+}  // namespace KZConstants
 
 /// A string stream that is positioned at its start once built, ready to be read (the base
 /// string stream stands after the text it was given).

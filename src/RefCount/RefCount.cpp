@@ -2,6 +2,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 TRefCount::TRefCount(TObject* AOwner) : FOwner(AOwner) {}
 
 TRefCount::~TRefCount() { FOwner = nullptr; }

@@ -2,6 +2,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 void TBits::SetSize(std::int32_t Value) {
   if (Value < 0) throw EBitsError(SBitsIndexError);
   FWords.resize((static_cast<std::size_t>(Value) + 63) / 64, 0);

@@ -10,7 +10,9 @@
 namespace kz {
 
 KZ_DECLARE_EXCEPTION(EBitsError, Exception)
+namespace Runtime {
 KZ_RESOURCESTRING(SBitsIndexError, u"Bits index out of range")
+}  // namespace Runtime
 
 /// A set of bits numbered from 0 that grows on demand. Reading a bit at or past GetSize()
 /// raises EBitsError; setting one there grows the set (new bits are clear). Copies through

@@ -6,6 +6,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 // ---- TCollectionItem ----------------------------------------------------------------------
 
 TCollectionItem::TCollectionItem(TCollection* Collection) {

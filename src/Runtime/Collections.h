@@ -15,8 +15,9 @@ class TCollection;
 /// without being freed (before removal) or is about to be freed (before removal).
 enum TCollectionNotification : std::uint8_t { cnAdded, cnExtracting, cnDeleting };
 
+namespace Runtime {
 KZ_RESOURCESTRING(SNoCollectionItemClass, u"A collection needs an item class")
-KZ_RESOURCESTRING(SUnbalancedEndUpdate, u"EndUpdate called without a matching BeginUpdate")
+}  // namespace Runtime
 
 /// An item of a TCollection. The family has a virtual constructor taking the collection:
 /// every item class declares a constructor `(TCollection* Collection)` forwarding to its

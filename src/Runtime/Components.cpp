@@ -8,6 +8,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 namespace {
 
 bool IsValidIdent(StringView S) {

@@ -23,9 +23,11 @@ enum TComponentStateFlag : std::uint32_t {
 };
 using TComponentState = std::uint32_t;
 
+namespace Runtime {
 KZ_RESOURCESTRING(SInvalidName, u"'%s' is not a valid component name")
 KZ_RESOURCESTRING(SDuplicateName, u"A component named %s already exists")
 KZ_RESOURCESTRING(SComponentOwnerCycle, u"A component cannot own itself or one of its owners")
+}  // namespace Runtime
 
 /// A named object in an ownership tree. The family has a virtual constructor taking the
 /// owner: every component class declares a constructor `(TComponent* AOwner)` forwarding to

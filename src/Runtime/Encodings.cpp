@@ -8,6 +8,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 namespace {
 
 // Counts negative sizes as empty, so callers may pass any count they hold.

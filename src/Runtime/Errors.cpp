@@ -6,11 +6,15 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 namespace {
 std::atomic<TTranslationHook> GTranslationHook{nullptr};
 }
 
 TTranslationHook SetTranslationHook(TTranslationHook Hook) { return GTranslationHook.exchange(Hook); }
+
+std::string TResourceString::QualifiedName() const { return std::string(Unit) + "." + Name; }
 
 String LoadResString(const TResourceString& Res) {
   if (TTranslationHook Hook = GTranslationHook.load())
@@ -28,6 +32,6 @@ Exception::Exception(const TResourceString& Res, std::initializer_list<TFormatAr
 // Out of line so that the class has one home for its vtable.
 Exception::~Exception() = default;
 
-void RaiseNullAccess(const char16_t* What) { throw EAccessViolation(SAccessViolation, {What}); }
+void RaiseNullAccess(const char16_t* What) { throw EAccessViolation(Runtime::SAccessViolation, {What}); }
 
 }  // namespace kz

@@ -10,15 +10,23 @@
 
 namespace kz {
 
-/// A named, translatable message. Declare with KZ_RESOURCESTRING in the unit that raises it;
-/// read it through LoadResString so that a host's translation hook sees every use.
+/// A named, translatable message of one unit. Declare with KZ_RESOURCESTRING inside the unit's
+/// name scope; read it through LoadResString so that a host's translation hook sees every use.
 struct TResourceString {
+  const char* Unit;
   const char* Name;
   const char16_t* Text;
+  /// "Unit.Name", the name a translation table keys by (for example "GHashTable.STableEmpty").
+  std::string QualifiedName() const;
 };
 
+/// Opens a unit's name scope for its messages and constants: write it once per unit, inside
+/// `namespace kz::<Unit>`, in the one header that declares the unit's messages.
+#define KZ_UNIT_SCOPE(UnitIdent) inline constexpr char KZUnitName[] = #UnitIdent;
+
+/// Declares a message inside a unit scope; outside one it does not compile (no KZUnitName).
 #define KZ_RESOURCESTRING(Ident, TextLiteral) \
-  inline constexpr ::kz::TResourceString Ident{#Ident, TextLiteral};
+  inline constexpr ::kz::TResourceString Ident{KZUnitName, #Ident, TextLiteral};
 
 /// A host's translation: return the replacement text, or nullptr to keep the built-in one.
 using TTranslationHook = const char16_t* (*)(const TResourceString& Res);
@@ -77,6 +85,8 @@ KZ_DECLARE_EXCEPTION(EAbstractError, Exception)
 KZ_DECLARE_EXCEPTION(EInvalidPointer, Exception)
 
 // Messages of the runtime layer.
+namespace Runtime {
+KZ_UNIT_SCOPE(Runtime)
 KZ_RESOURCESTRING(SListIndexError, u"List index out of bounds (%d)")
 KZ_RESOURCESTRING(SListCapacityError, u"List capacity out of bounds (%d)")
 KZ_RESOURCESTRING(SListCountError, u"List count out of bounds (%d)")
@@ -97,6 +107,8 @@ KZ_RESOURCESTRING(SDuplicateClass, u"A class named %s already exists")
 KZ_RESOURCESTRING(SNoFactory, u"Class %s cannot be created by name")
 KZ_RESOURCESTRING(SAbstractError, u"Abstract error")
 KZ_RESOURCESTRING(SNilObject, u"nil")
+KZ_RESOURCESTRING(SUnbalancedEndUpdate, u"EndUpdate called without a matching BeginUpdate")
+}  // namespace Runtime
 
 /// Raises EAccessViolation naming what was null; for operations that would dereference null.
 [[noreturn]] void RaiseNullAccess(const char16_t* What);

@@ -10,6 +10,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 namespace {
 
 constexpr Byte GSignature[4] = {'K', 'Z', 'F', '1'};

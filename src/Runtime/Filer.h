@@ -16,6 +16,7 @@
 
 namespace kz {
 
+namespace Runtime {
 KZ_RESOURCESTRING(SInvalidStreamFormat, u"Invalid stream format")
 KZ_RESOURCESTRING(SUnexpectedEndOfStream, u"Unexpected end of stream")
 KZ_RESOURCESTRING(SUnexpectedValue, u"Invalid stream value: %s expected, found %s")
@@ -30,6 +31,7 @@ KZ_RESOURCESTRING(SNotComponentClass, u"Class %s is not a component class")
 KZ_RESOURCESTRING(SNotItemClass, u"Class %s is not a collection item class")
 KZ_RESOURCESTRING(SWrongRootClass, u"Stream holds a %s, not a %s")
 KZ_RESOURCESTRING(SValueTooLarge, u"Value too large to stream")
+}  // namespace Runtime
 
 /// The marker byte that starts each value. vaNull also ends lists and property sequences.
 enum TFilerValueType : std::uint8_t {

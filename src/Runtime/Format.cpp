@@ -9,6 +9,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 namespace {
 
 [[noreturn]] void BadFormat(StringView Pattern) { throw EConvertError(SInvalidFormat, {Pattern}); }

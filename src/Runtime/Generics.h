@@ -116,7 +116,7 @@ class TList : public TObject {
   iterator end() { return FItems.end(); }
 
  private:
-  [[noreturn]] static void RangeError() { throw EArgumentOutOfRangeException(SArgumentOutOfRange); }
+  [[noreturn]] static void RangeError() { throw EArgumentOutOfRangeException(Runtime::SArgumentOutOfRange); }
   void CheckIndex(std::int32_t Index) const {
     if (Index < 0 || Index >= GetCount()) RangeError();
   }

@@ -2,6 +2,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 std::int32_t TInterfacedObject::QueryInterface(const TGUID& IID, void** Obj) {
   if (GetInterface(IID, Obj)) {
     _AddRef();

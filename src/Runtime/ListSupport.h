@@ -37,7 +37,7 @@ void ReserveExactly(std::vector<T>& V, std::int32_t NewCapacity) {
       V.swap(Smaller);
     }
   } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(SOutOfMemory);
+    throw EOutOfMemory(Runtime::SOutOfMemory);
   }
 }
 

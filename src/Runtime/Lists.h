@@ -80,7 +80,7 @@ class TList : public TObject {
 
  private:
   void CheckIndex(std::int32_t Index) const {
-    if (Index < 0 || Index >= GetCount()) Error(SListIndexError, Index);
+    if (Index < 0 || Index >= GetCount()) Error(Runtime::SListIndexError, Index);
   }
 
   std::vector<Pointer> FList;
@@ -181,7 +181,7 @@ class TInterfaceList : public TInterfacedObject, public IInterfaceList {
  private:
   using TGuard = std::lock_guard<std::recursive_mutex>;
   void CheckIndex(std::int32_t Index) const {
-    if (Index < 0 || Index >= static_cast<std::int32_t>(FList.size())) TList::Error(SListIndexError, Index);
+    if (Index < 0 || Index >= static_cast<std::int32_t>(FList.size())) TList::Error(Runtime::SListIndexError, Index);
   }
   void GrowIfFull();
 

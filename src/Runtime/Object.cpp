@@ -5,6 +5,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 bool TMetaClass::InheritsFrom(const TMetaClass* AClass) const {
   for (const TMetaClass* C = this; C; C = C->FParent)
     if (C == AClass) return true;

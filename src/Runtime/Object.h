@@ -52,7 +52,7 @@ class TMetaClassOf : public TMetaClass {
 
   /// A new instance of the described class, owned by the caller.
   std::unique_ptr<Root> Create(Args... A) const {
-    if (!FFactory) throw EAbstractError(SNoFactory, {ClassName()});
+    if (!FFactory) throw EAbstractError(Runtime::SNoFactory, {ClassName()});
     return std::unique_ptr<Root>(FFactory(std::forward<Args>(A)...));
   }
 
@@ -107,7 +107,7 @@ template <class T, class U>
 T* As(U* Obj) {
   if (!Obj) return nullptr;
   if (T* R = dynamic_cast<T*>(Obj)) return R;
-  throw EInvalidCast(SInvalidCast);
+  throw EInvalidCast(Runtime::SInvalidCast);
 }
 
 /// The class name of Obj, or "nil" for null (for messages).

@@ -2,6 +2,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 void TPersistent::Assign(TPersistent* Source) {
   if (Source)
     Source->AssignTo(this);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Runtime/Object.h"
+#include "Runtime/WithinUpdate.h"
 
 namespace kz {
 
@@ -26,20 +27,5 @@ class TPersistent : public TObject {
   /// Raises the assign error: "Cannot assign a <Source class or nil> to a <own class>".
   [[noreturn]] void AssignError(TPersistent* Source);
 };
-
-/// Runs Body between Target.BeginUpdate() and Target.EndUpdate(). The update is closed on
-/// every way out, so a failed bulk change does not leave the target muted, and an error raised
-/// by the closing notification still reaches the caller.
-template <class TTarget, class TBody>
-void WithinUpdate(TTarget& Target, TBody&& Body) {
-  Target.BeginUpdate();
-  try {
-    Body();
-  } catch (...) {
-    Target.EndUpdate();
-    throw;
-  }
-  Target.EndUpdate();
-}
 
 }  // namespace kz

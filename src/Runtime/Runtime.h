@@ -8,6 +8,8 @@
 #include "Runtime/Text.h"
 #include "Runtime/Object.h"
 #include "Runtime/Persistent.h"
+#include "Runtime/UpdateCounter.h"
+#include "Runtime/Enumerable.h"
 #include "Runtime/Interfaces.h"
 #include "Runtime/StringLists.h"
 #include "Runtime/Lists.h"

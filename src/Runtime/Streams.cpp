@@ -13,9 +13,13 @@
 
 namespace kz {
 
-namespace {
+using namespace Runtime;
 
+namespace Runtime {
 KZ_RESOURCESTRING(SSeekBeforeStart, u"Cannot seek before the start of the stream (%d)")
+}  // namespace Runtime
+
+namespace {
 
 std::int64_t SeekTarget(std::int64_t Offset, TSeekOrigin Origin, std::int64_t Current, std::int64_t Size) {
   std::int64_t Base = 0;

@@ -10,6 +10,7 @@
 
 namespace kz {
 
+namespace Runtime {
 KZ_RESOURCESTRING(SReadError, u"Stream read error")
 KZ_RESOURCESTRING(SWriteError, u"Stream write error")
 KZ_RESOURCESTRING(SFOpenError, u"Cannot open file \"%s\". %s")
@@ -18,6 +19,7 @@ KZ_RESOURCESTRING(SFileModeError, u"Invalid file open mode $%x for \"%s\"")
 KZ_RESOURCESTRING(SSeekOriginError, u"Invalid stream seek origin %d")
 KZ_RESOURCESTRING(SStreamSizeError, u"Invalid stream size %d")
 KZ_RESOURCESTRING(SSetSizeError, u"Cannot change the size of this stream")
+}  // namespace Runtime
 
 /// Where a seek counts from: a 16-bit word, so that any value can be passed on and the
 /// streams themselves reject the unknown ones with EStreamError.

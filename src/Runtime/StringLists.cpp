@@ -7,6 +7,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 namespace {
 
 

@@ -235,7 +235,7 @@ class TStringList : public TStrings {
     TObject* FObject;
   };
   void CheckIndex(std::int32_t Index) const {
-    if (Index < 0 || Index >= static_cast<std::int32_t>(FList.size())) Error(SListIndexError, Index);
+    if (Index < 0 || Index >= static_cast<std::int32_t>(FList.size())) Error(Runtime::SListIndexError, Index);
   }
   template <class TCompare>
   void SortWith(TCompare& Compare);

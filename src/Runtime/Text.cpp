@@ -10,6 +10,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 std::size_t Utf8Step(const unsigned char* P, std::size_t N, char32_t& Cp, bool& Truncated) {
   Truncated = false;
   const unsigned C = P[0];

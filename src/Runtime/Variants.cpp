@@ -6,6 +6,8 @@
 
 namespace kz {
 
+using namespace Runtime;
+
 namespace {
 
 // Days since 1970-01-01 to a civil date (proleptic Gregorian).

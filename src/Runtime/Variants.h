@@ -9,7 +9,9 @@
 
 namespace kz {
 
+namespace Runtime {
 KZ_RESOURCESTRING(SVarTypeCastError, u"Could not convert variant of type (%s) into type (%s)")
+}  // namespace Runtime
 
 /// Variant type codes. varArray is a flag or-ed onto an element type.
 using TVarType = std::uint16_t;

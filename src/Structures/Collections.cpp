@@ -5,6 +5,9 @@
 
 namespace kz {
 
+using namespace Runtime;
+using namespace Structures;
+
 // ---- TGCollectionItem --------------------------------------------------------------------------
 
 TGCollectionItem::TGCollectionItem(TCollection* Collection) : TCollectionItem(Collection) {}

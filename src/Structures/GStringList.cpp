@@ -6,6 +6,9 @@
 
 namespace kz {
 
+using namespace Runtime;
+using namespace Structures;
+
 namespace {
 
 TCompareTextProc CompareProcOf(TStringOpsType Ops) {

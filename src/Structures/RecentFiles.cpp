@@ -2,6 +2,9 @@
 
 namespace kz {
 
+using namespace Runtime;
+using namespace Structures;
+
 // ---- TMaxCountStrings ----------------------------------------------------------------------------
 
 void TMaxCountStrings::SetCapacity(std::int32_t NewCapacity) {

@@ -2,6 +2,9 @@
 
 namespace kz {
 
+using namespace Runtime;
+using namespace Structures;
+
 // ---- TSFCList ----------------------------------------------------------------------------------
 
 TSFCList::~TSFCList() { Silence(); }

@@ -25,5 +25,5 @@ TEST(KZConstants, BaseExceptionCatchesOnlyItsOwnFamily) {
   EXPECT_TRUE(CaughtAsKZException(EKZException(u"a")));
   EXPECT_TRUE(CaughtAsKZException(EHostError(u"b")));
   EXPECT_FALSE(CaughtAsKZException(EOtherUnitError(u"c")));
-  EXPECT_FALSE(CaughtAsKZException(EListError(SListIndexError, {3})));
+  EXPECT_FALSE(CaughtAsKZException(EListError(Runtime::SListIndexError, {3})));
 }

@@ -49,7 +49,7 @@ class TGadget : public TComponent {
 
   std::int32_t GetCount() const { return FCount; }
   void SetCount(std::int32_t V) {
-    if (V < 0) throw EListError(SListCountError, {V});
+    if (V < 0) throw EListError(Runtime::SListCountError, {V});
     FCount = V;
   }
   std::int64_t GetBig() const { return FBig; }

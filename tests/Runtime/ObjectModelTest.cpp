@@ -105,7 +105,7 @@ TEST(ObjectModel, CheckedCastRaisesInvalidCast) {
 
 TEST(Errors, MessagesGoThroughTheTranslationHookAndFormatArguments) {
   try {
-    throw EListError(SListIndexError, {42});
+    throw EListError(Runtime::SListIndexError, {42});
   } catch (const Exception& E) {
     EXPECT_EQ(E.Message(), u"List index out of bounds (42)");
     EXPECT_STREQ(E.what(), "List index out of bounds (42)");
@@ -114,10 +114,10 @@ TEST(Errors, MessagesGoThroughTheTranslationHookAndFormatArguments) {
     return std::string_view(R.Name) == "SListIndexError" ? u"Index hors limites (%d)" : nullptr;
   };
   TTranslationHook Old = SetTranslationHook(Hook);
-  EXPECT_EQ(EListError(SListIndexError, {3}).Message(), u"Index hors limites (3)");
-  EXPECT_EQ(EListError(SSortedListError).Message(), u"Operation not allowed on sorted list");
+  EXPECT_EQ(EListError(Runtime::SListIndexError, {3}).Message(), u"Index hors limites (3)");
+  EXPECT_EQ(EListError(Runtime::SSortedListError).Message(), u"Operation not allowed on sorted list");
   SetTranslationHook(Old);
-  EXPECT_EQ(EListError(SListIndexError, {3}).Message(), u"List index out of bounds (3)");
+  EXPECT_EQ(EListError(Runtime::SListIndexError, {3}).Message(), u"List index out of bounds (3)");
   // UTF-8 text of non-ASCII messages.
   EXPECT_STREQ(Exception(String(u"caf\u00e9")).what(), "caf\xc3\xa9");
 }
