@@ -29,6 +29,7 @@ class TGQueue : public TGCustomLinkedList {
 class TGStack : public TGQueue {
   KZ_CLASS(TGStack, TGQueue)
  public:
+  using TGQueue::Assign;
   /// From a TGStack: Clear and AddStack in one update (order kept). Anything else goes
   /// through the linked list's Assign, whose AddNode reverses the order.
   void Assign(TPersistent* Source) override;
@@ -42,6 +43,7 @@ class TGStack : public TGQueue {
 class TGStringQueue : public TGQueue {
   KZ_CLASS(TGStringQueue, TGQueue)
  public:
+  using TGQueue::Assign;
   /// From string lists (TStrings): Clear, then PushItem of every line, in one update.
   /// Other sources as the linked list's Assign.
   void Assign(TPersistent* Source) override;
@@ -86,6 +88,7 @@ class TGStringQueue : public TGQueue {
 class TGStringStack : public TGStringQueue {
   KZ_CLASS(TGStringStack, TGStringQueue)
  public:
+  using TGStringQueue::Assign;
   /// As TGStack::Assign, for TGStringStack sources (string lists as TGStringQueue).
   void Assign(TPersistent* Source) override;
   TSQNode* AddNode(TSQNode* ANode) override;

@@ -316,14 +316,17 @@ void TGCustomLinkedList::Assign(TPersistent* Source) {
       Clear();
       AddLinkedList(List);
     });
-  } else if (auto* Pointers = dynamic_cast<TList*>(static_cast<TObject*>(Source))) {
-    WithinUpdate(*this, [&] {
-      Clear();
-      for (std::int32_t I = 0; I < Pointers->GetCount(); ++I) Add(static_cast<TObject*>(Pointers->GetItem(I)));
-    });
   } else {
     inherited::Assign(Source);
   }
+}
+
+void TGCustomLinkedList::Assign(TList* Source) {
+  if (!Source) return Assign(static_cast<TPersistent*>(nullptr));
+  WithinUpdate(*this, [&] {
+    Clear();
+    for (std::int32_t I = 0; I < Source->GetCount(); ++I) Add(static_cast<TObject*>(Source->GetItem(I)));
+  });
 }
 
 void TGCustomLinkedList::Clear() {

@@ -2,6 +2,7 @@
 // walks and searches.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -46,6 +47,8 @@ class TGCustomLinkedList : public TPersistent {
   /// TList: Clear, then Add of each entry. One notification. Anything else raises the
   /// assign error.
   void Assign(TPersistent* Source) override;
+  void Assign(TList* Source);
+  void Assign(std::nullptr_t) { Assign(static_cast<TPersistent*>(nullptr)); }
 
   /// The node at Index (0..Count-1, else "Invalid Index"); moves the cursor there.
   [[nodiscard]] virtual TSQNode* GetNode(std::int32_t Index) const;
