@@ -3,6 +3,7 @@
 #include "Runtime/Filer.h"
 #include "Runtime/StringLists.h"
 #include "Runtime/Text.h"
+#include "GLists/internal/NodeCast.h"
 #include "Runtime/WithinUpdate.h"
 
 namespace kz {
@@ -56,7 +57,7 @@ TSQStringNode* TGStringQueue::PushString(const String& Value) { return PushItem(
 
 TSQStringNode* TGStringQueue::PushItem(const String& Value, TObject* AnObject) {
   std::unique_ptr<TSQNode> Owned = NewNode();
-  auto* Node = As<TSQStringNode>(Owned.get());
+  auto* Node = detail::NodeAs<TSQStringNode>(Owned.get());
   Node->SetValue(Value);
   Node->SetItem(AnObject);
   AddNode(Node);
@@ -67,7 +68,7 @@ TSQStringNode* TGStringQueue::PushItem(const String& Value, TObject* AnObject) {
 String TGStringQueue::TopString() const {
   if (FCount == 0) throw EListError(SListEmpty);
   if (!FHead) RaiseNullAccess(u"list head");
-  return As<TSQStringNode>(FHead)->GetValue();
+  return detail::NodeAs<TSQStringNode>(FHead)->GetValue();
 }
 
 String TGStringQueue::PopString() {
@@ -86,7 +87,7 @@ String TGStringQueue::PopItem(TObject*& AnObject) {
 TSQStringNode* TGStringQueue::FindString(StringView Value) const {
   std::int32_t Steps = 0;
   for (TSQNode* N = FHead; N; N = N->GetNext(), CheckSteps(++Steps)) {
-    auto* Node = As<TSQStringNode>(N);
+    auto* Node = detail::NodeAs<TSQStringNode>(N);
     if (CompareText(Node->GetValue(), Value) == 0) return Node;
   }
   return nullptr;
@@ -122,7 +123,7 @@ void TGStringQueue::AssignTo(TPersistent* Dest) {
     Strings->Clear();
     std::int32_t Steps = 0;
     for (TSQNode* N = FHead; N; N = N->GetNext(), CheckSteps(++Steps))
-      Strings->AddObject(As<TSQStringNode>(N)->GetValue(), N->GetItem());
+      Strings->AddObject(detail::NodeAs<TSQStringNode>(N)->GetValue(), N->GetItem());
   } else {
     inherited::AssignTo(Dest);
   }
@@ -147,7 +148,7 @@ void TGStringQueue::ReadStrings(TReader* Reader) {
     Clear();
     while (!Reader->EndOfList()) {
       std::unique_ptr<TSQNode> Owned = NewNode();
-      auto* Node = As<TSQStringNode>(Owned.get());
+      auto* Node = detail::NodeAs<TSQStringNode>(Owned.get());
       Insert(Node, nullptr);
       Owned.release();
       Node->SetValue(Reader->ReadString());
@@ -178,22 +179,22 @@ std::unique_ptr<TSQNode> TGPriorityQueue::NewNode() const { return std::make_uni
 void TGPriorityQueue::AddLinkedList(TGCustomLinkedList* LinkedList) { AddCopies(LinkedList, true); }
 
 TSQNode* TGPriorityQueue::Insert(TSQNode* ANode, TSQNode*) {
-  auto* Node = As<TSQPriorityNode>(ANode);
+  auto* Node = detail::NodeAs<TSQPriorityNode>(ANode);
   CheckFree(Node);
   const std::int32_t P = Node->GetPriority();
   Reset();
   if (!FHead) {
     FHead = FTail = Node;
-  } else if (As<TSQPriorityNode>(FHead)->GetPriority() >= P) {
+  } else if (detail::NodeAs<TSQPriorityNode>(FHead)->GetPriority() >= P) {
     Node->SetNext(FHead);
     FHead = Node;
-  } else if (FTail && As<TSQPriorityNode>(FTail)->GetPriority() <= P) {
+  } else if (FTail && detail::NodeAs<TSQPriorityNode>(FTail)->GetPriority() <= P) {
     FTail->SetNext(Node);
     FTail = Node;
   } else {
     TSQNode* Prev = nullptr;
     TSQNode* N = Next();
-    for (std::int32_t Steps = 0; As<TSQPriorityNode>(N)->GetPriority() < P; CheckSteps(++Steps)) {
+    for (std::int32_t Steps = 0; detail::NodeAs<TSQPriorityNode>(N)->GetPriority() < P; CheckSteps(++Steps)) {
       Prev = N;
       N = Next();
     }
@@ -215,7 +216,7 @@ TSQPriorityNode* TGPriorityQueue::PushP(TObject* Value, std::int32_t APriority) 
 
 TSQPriorityNode* TGPriorityQueue::ChangePriority(TSQNode* ANode, std::int32_t NewPriority) {
   std::unique_ptr<TSQNode> Owned = NewNode();
-  auto* Node = As<TSQPriorityNode>(Owned.get());
+  auto* Node = detail::NodeAs<TSQPriorityNode>(Owned.get());
   Node->Assign(ANode);
   Node->SetPriority(NewPriority);
   Insert(Node, nullptr);
@@ -234,14 +235,14 @@ std::unique_ptr<TSQNode> TGPriorityStringQueue::NewNode() const {
 void TGPriorityStringQueue::AddLinkedList(TGCustomLinkedList* LinkedList) { AddCopies(LinkedList, true); }
 
 TSQNode* TGPriorityStringQueue::Insert(TSQNode* ANode, TSQNode*) {
-  auto* Node = As<TSQPriorityStringNode>(ANode);
+  auto* Node = detail::NodeAs<TSQPriorityStringNode>(ANode);
   CheckFree(Node);
   const std::int32_t P = Node->GetPriority();
   Reset();
   TSQNode* Found = nullptr;
   for (std::int32_t Steps = 0; !EndOfList(); CheckSteps(++Steps)) {
     TSQNode* N = TGCustomLinkedList::Next();
-    if (As<TSQPriorityStringNode>(N)->GetPriority() > P) {
+    if (detail::NodeAs<TSQPriorityStringNode>(N)->GetPriority() > P) {
       Found = N;
       break;
     }
@@ -268,7 +269,7 @@ TSQPriorityStringNode* TGPriorityStringQueue::PushItemP(const String&, TObject* 
 
 TSQPriorityStringNode* TGPriorityStringQueue::ChangePriority(TSQNode* ANode, std::int32_t NewPriority) {
   std::unique_ptr<TSQNode> Owned = NewNode();
-  auto* Node = As<TSQPriorityStringNode>(Owned.get());
+  auto* Node = detail::NodeAs<TSQPriorityStringNode>(Owned.get());
   Node->Assign(ANode);
   Node->SetPriority(NewPriority);
   Insert(Node, nullptr);

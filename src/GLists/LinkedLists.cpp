@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "GLists/internal/NodeCast.h"
 #include "Runtime/Lists.h"
 #include "Runtime/WithinUpdate.h"
 
@@ -379,7 +380,7 @@ TSQNode* TGDoublyLinkedList::GetNode(std::int32_t Index) const {
   TSQNode* N = FTail;
   for (std::int32_t Steps = FromTail; Steps > 0; --Steps) {
     if (!N) RaiseNullAccess(u"list node");
-    N = As<TSQDoubleNode>(N)->FPrevious;
+    N = detail::NodeAs<TSQDoubleNode>(N)->FPrevious;
   }
   if (!N) RaiseNullAccess(u"list node");
   FLastAccessedIndex = Index;
@@ -388,8 +389,8 @@ TSQNode* TGDoublyLinkedList::GetNode(std::int32_t Index) const {
 }
 
 void TGDoublyLinkedList::SetNode(std::int32_t Index, TSQNode* Value) {
-  auto* New = As<TSQDoubleNode>(Value);
-  auto* Old = As<TSQDoubleNode>(GetNode(Index));
+  auto* New = detail::NodeAs<TSQDoubleNode>(Value);
+  auto* Old = detail::NodeAs<TSQDoubleNode>(GetNode(Index));
   if (New == Old) return;
   CheckFree(New);
   New->FNext = Old->FNext;
@@ -404,20 +405,20 @@ void TGDoublyLinkedList::Delete(TSQNode* ANode) {
   TSQNode* Following = ANode->GetNext();
   WithinUpdate(*this, [&] {
     inherited::Delete(ANode);
-    if (Following) As<TSQDoubleNode>(Following)->FPrevious = As<TSQDoubleNode>(Prev);
+    if (Following) detail::NodeAs<TSQDoubleNode>(Following)->FPrevious = detail::NodeAs<TSQDoubleNode>(Prev);
   });
 }
 
 TSQNode* TGDoublyLinkedList::Insert(TSQNode* ANode, TSQNode* BeforeNode) {
-  auto* Node = As<TSQDoubleNode>(ANode);
+  auto* Node = detail::NodeAs<TSQDoubleNode>(ANode);
   CheckFree(Node);
   // Checked before the update opens, so that a refused insert does not notify.
   if (BeforeNode) (void)Find(BeforeNode);
   WithinUpdate(*this, [&] {
-    if (!BeforeNode) Node->FPrevious = As<TSQDoubleNode>(FTail);
+    if (!BeforeNode) Node->FPrevious = detail::NodeAs<TSQDoubleNode>(FTail);
     inherited::Insert(Node, BeforeNode);
     if (BeforeNode) {
-      auto* Before = As<TSQDoubleNode>(BeforeNode);
+      auto* Before = detail::NodeAs<TSQDoubleNode>(BeforeNode);
       Node->FPrevious = Before->FPrevious;
       Before->FPrevious = Node;
     }

@@ -24,39 +24,37 @@ void RunModel(unsigned RunNumber, int Steps) {
 
   for (int S = 0; S < Steps; ++S) {
     SCOPED_TRACE(testing::Message() << "step " << S);
-    const unsigned Op = M.empty() ? Rng() % 2 : Rng() % 9;
+    const unsigned Op = M.empty() ? 0 : Rng() % 8;
     switch (Op) {
-      case 0:
-        L.Add(Item(NextItem));
-        M.push_back(NextItem++);
-        break;
-      case 1: {
-        const std::int32_t I = M.empty() ? 0 : Pick();
+      case 0: {
+        // Before a random node, or (one time in three) appended by Add.
+        const std::int32_t I = M.empty() || Rng() % 3 == 0 ? -1 : Pick();
         auto N = L.NewNode();
         N->SetItem(Item(NextItem));
-        L.Insert(N.release(), M.empty() ? nullptr : L.GetNode(I));
-        M.insert(M.empty() ? M.end() : At(I), NextItem++);
+        if (I < 0)
+          L.AddNode(N.release());
+        else
+          L.Insert(N.release(), L.GetNode(I));
+        M.insert(I < 0 ? M.end() : At(I), NextItem++);
         break;
       }
-      case 2: {
+      case 1: {
         const std::int32_t I = Pick();
         L.Delete(L.GetNode(I));
         M.erase(At(I));
         break;
       }
-      case 3: case 4: {
-        // Ascending reads from a random start, as a loop over Item[i] does.
+      case 2: case 3:  // ascending reads from a random start, as a loop over Item[i] does
         for (std::int32_t I = Pick(); I < static_cast<std::int32_t>(M.size()) && Rng() % 4; ++I)
           ASSERT_EQ(L.GetItem(I), Item(*At(I)));
         break;
-      }
-      case 5: {
+      case 4: {
         const std::int32_t I = Pick();
         L.SetItem(I, Item(NextItem));
         *At(I) = NextItem++;
         break;
       }
-      case 6: {
+      case 5: {
         // A new node in place of one that is not the last (the last keeps the tail on it).
         const std::int32_t I = Pick();
         if (Doubly || I == static_cast<std::int32_t>(M.size()) - 1) break;
@@ -66,15 +64,11 @@ void RunModel(unsigned RunNumber, int Steps) {
         *At(I) = NextItem++;
         break;
       }
-      case 7: {
+      case 6:
         L.Reset();
-        for (auto V : M) {
-          if (Rng() % 8 == 0) break;
-          ASSERT_EQ(L.Next()->GetItem(), Item(V));
-        }
+        for (auto It = M.begin(); It != M.end() && Rng() % 8; ++It) ASSERT_EQ(L.Next()->GetItem(), Item(*It));
         break;
-      }
-      case 8: {
+      case 7: {
         if (Rng() % 4) break;
         TGDoublyLinkedList Copy;
         Copy.Assign(&L);
