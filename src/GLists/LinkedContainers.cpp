@@ -11,6 +11,22 @@ namespace kz {
 using namespace Runtime;
 using namespace GLists;
 
+namespace {
+
+// A stack copies a stack of its own class in order, inside one update; false for others.
+template <class TStack>
+bool AssignStack(TStack& Self, TPersistent* Source) {
+  auto* Stack = dynamic_cast<TStack*>(Source);
+  if (!Stack) return false;
+  WithinUpdate(Self, [&] {
+    Self.Clear();
+    Self.AddStack(Stack);
+  });
+  return true;
+}
+
+}  // namespace
+
 // ---------------------------------------------------------------------------------------------
 // TGQueue, TGStack
 
@@ -39,13 +55,7 @@ TSQNode* TGStack::AddNode(TSQNode* ANode) { return Insert(ANode, FHead); }
 void TGStack::AddStack(TGStack* Stack) { AddStackCopies(Stack); }
 
 void TGStack::Assign(TPersistent* Source) {
-  if (auto* Stack = dynamic_cast<TGStack*>(Source))
-    WithinUpdate(*this, [&] {
-      Clear();
-      AddStack(Stack);
-    });
-  else
-    inherited::Assign(Source);
+  if (!AssignStack(*this, Source)) inherited::Assign(Source);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -162,13 +172,7 @@ TSQNode* TGStringStack::AddNode(TSQNode* ANode) { return Insert(ANode, FHead); }
 void TGStringStack::AddStack(TGStringStack* Stack) { AddStackCopies(Stack); }
 
 void TGStringStack::Assign(TPersistent* Source) {
-  if (auto* Stack = dynamic_cast<TGStringStack*>(Source))
-    WithinUpdate(*this, [&] {
-      Clear();
-      AddStack(Stack);
-    });
-  else
-    inherited::Assign(Source);
+  if (!AssignStack(*this, Source)) inherited::Assign(Source);
 }
 
 // ---------------------------------------------------------------------------------------------

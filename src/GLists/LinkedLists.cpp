@@ -24,7 +24,7 @@ void* TSQNode::operator new(std::size_t Size) {
   }
 }
 
-void TSQNode::operator delete(void* P, std::size_t Size) noexcept { ::operator delete(P, Size); }
+void TSQNode::operator delete(void* P, std::size_t) noexcept { ::operator delete(P); }
 
 void TSQNode::Assign(TPersistent* Source) {
   if (auto* Node = dynamic_cast<TSQNode*>(Source))

@@ -57,12 +57,14 @@ TEST(GLinkedList, CursorServesIndexedAccessAndWalks) {
   EXPECT_EQ(L.IndexOfItem(Obj(2)), 1);
   EXPECT_EQ(L.Next(), F.Nodes[2]);  // left behind the match
 
-  // A change forgets the index but not the node: the next walk step reads index -1 + 1.
+  // A change forgets the index but not the node: the walk goes on at index -1 + 1, so the
+  // next indexed read starts from a cursor whose index lags by one.
   L.Reset();
   (void)L.Next();
   L.BeginUpdate();
   L.EndUpdate();
   EXPECT_EQ(L.Next(), F.Nodes[1]);
+  EXPECT_EQ(L.GetNode(1), F.Nodes[3]);
   EXPECT_EQ(F.Changes, 1);
 }
 
