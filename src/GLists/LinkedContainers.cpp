@@ -251,6 +251,7 @@ TSQNode* TGPriorityStringQueue::Insert(TSQNode* ANode, TSQNode*) {
       break;
     }
   }
+  Keep(Node);
   Node->SetNext(Found);
   // Linked nowhere, but kept: the caller may go on using the node it is given.
   Adopt(Node);

@@ -66,6 +66,14 @@ void TGCustomLinkedList::Adopt(TSQNode* ANode) noexcept {
   ++FOwnedCount;
 }
 
+void TGCustomLinkedList::Keep(TSQNode* ANode) {
+  try {
+    FKept.push_back(ANode);
+  } catch (const std::bad_alloc&) {
+    throw EOutOfMemory(SOutOfMemory);
+  }
+}
+
 void TGCustomLinkedList::NodeLeaving(TSQNode* ANode) noexcept {
   for (TGCustomLinkedListEnumerator* E = FEnumerators; E; E = E->FNextEnum)
     if (E->FNode == ANode) {
@@ -76,6 +84,11 @@ void TGCustomLinkedList::NodeLeaving(TSQNode* ANode) noexcept {
 
 void TGCustomLinkedList::FreeNode(TSQNode* ANode) noexcept {
   NodeLeaving(ANode);
+  for (TSQNode* K : FKept) {
+    if (K->FNext == ANode) K->FNext = ANode->FNext;
+    if (auto* D = dynamic_cast<TSQDoubleNode*>(K))
+      if (D->GetPrevious() == ANode) D->SetPrevious(static_cast<TSQDoubleNode*>(ANode)->GetPrevious());
+  }
   if (ANode->FOwnNext == ANode) {
     FOwned = nullptr;
   } else {
@@ -101,6 +114,7 @@ void TGCustomLinkedList::FreeAll() noexcept {
   }
   FOwned = nullptr;
   FOwnedCount = 0;
+  FKept.clear();
 }
 
 TSQNode* TGCustomLinkedList::Step(TSQNode* N) {
@@ -255,6 +269,7 @@ void TGCustomLinkedList::SetNode(std::int32_t Index, TSQNode* Value) {
   CheckFree(Value);
   Value->FNext = Old->FNext;
   TSQNode* Prev = Find(Old);
+  Keep(Old);
   if (!Prev)
     FHead = Value;
   else
@@ -393,6 +408,7 @@ void TGDoublyLinkedList::SetNode(std::int32_t Index, TSQNode* Value) {
   auto* Old = detail::NodeAs<TSQDoubleNode>(GetNode(Index));
   if (New == Old) return;
   CheckFree(New);
+  Keep(New);
   New->FNext = Old->FNext;
   New->FPrevious = Old->FPrevious;
   // The neighbours still point at Old, so Old stays where it is; New is kept, unlinked.

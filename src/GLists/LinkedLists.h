@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "GLists/Nodes.h"
 #include "Runtime/Persistent.h"
@@ -120,6 +121,9 @@ class TGCustomLinkedList : public TPersistent {
   void CheckFree(const TSQNode* ANode) const;
   /// Takes ownership of ANode without linking it.
   void Adopt(TSQNode* ANode) noexcept;
+  /// Records a node kept out of the chain (owned, freed at Clear): its links are moved on
+  /// past every node freed later, so that they never lead to freed memory.
+  void Keep(TSQNode* ANode);
   /// Frees a node this list owns.
   void FreeNode(TSQNode* ANode) noexcept;
   /// Tells the enumerators that ANode leaves the chain (they go on with its successor).
@@ -144,6 +148,7 @@ class TGCustomLinkedList : public TPersistent {
 
   TSQNode* FOwned = nullptr;  // the ownership ring
   std::int32_t FOwnedCount = 0;
+  std::vector<TSQNode*> FKept;
   TGCustomLinkedListEnumerator* FEnumerators = nullptr;
 };
 

@@ -190,6 +190,8 @@ TEST(GLinkedList, ReplacedNodesStayAliveWhileReferredTo) {
     F.L.SetNode(1, F.L.NewNode().release());
     EXPECT_EQ(F.L.Next(), F.Nodes[1]);  // the replaced node, then its old successor
     EXPECT_EQ(F.L.Next(), F.Nodes[2]);
+    F.L.Delete(F.Nodes[2]);  // a kept node's link moves past a node freed later
+    EXPECT_EQ(F.Nodes[1]->GetNext(), nullptr);
   }
   {
     TFixture<TGDoublyLinkedList> F(3);
@@ -201,6 +203,8 @@ TEST(GLinkedList, ReplacedNodesStayAliveWhileReferredTo) {
     EXPECT_EQ(F.Chain(), (V{1, 2, 3}));  // the neighbours still lead to the old node
     EXPECT_EQ(F.L.GetNode(1), F.Nodes[1]);
     EXPECT_EQ(MessageOf<EListError>([&] { F.L.Delete(New); }), u"Cannot find node within list");
+    F.L.Delete(F.Nodes[2]);
+    EXPECT_EQ(New->GetNext(), nullptr);
     TSQNode Plain;
     EXPECT_THROW(F.L.SetNode(0, &Plain), EInvalidCast);
   }
