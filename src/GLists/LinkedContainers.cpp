@@ -25,6 +25,19 @@ bool AssignStack(TStack& Self, TPersistent* Source) {
   return true;
 }
 
+// A new node with ANode's item (and string) and NewPriority is inserted, then ANode deleted.
+template <class TNode>
+TNode* WithNewPriority(TGCustomLinkedList& Queue, TSQNode* ANode, std::int32_t NewPriority) {
+  std::unique_ptr<TSQNode> Owned = Queue.NewNode();
+  auto* Node = detail::NodeAs<TNode>(Owned.get());
+  Node->Assign(ANode);
+  Node->SetPriority(NewPriority);
+  Queue.Insert(Node, nullptr);
+  Owned.release();
+  Queue.Delete(ANode);
+  return Node;
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -219,14 +232,7 @@ TSQPriorityNode* TGPriorityQueue::PushP(TObject* Value, std::int32_t APriority) 
 }
 
 TSQPriorityNode* TGPriorityQueue::ChangePriority(TSQNode* ANode, std::int32_t NewPriority) {
-  std::unique_ptr<TSQNode> Owned = NewNode();
-  auto* Node = detail::NodeAs<TSQPriorityNode>(Owned.get());
-  Node->Assign(ANode);
-  Node->SetPriority(NewPriority);
-  Insert(Node, nullptr);
-  Owned.release();
-  Delete(ANode);
-  return Node;
+  return WithNewPriority<TSQPriorityNode>(*this, ANode, NewPriority);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -273,14 +279,7 @@ TSQPriorityStringNode* TGPriorityStringQueue::PushItemP(const String&, TObject* 
 }
 
 TSQPriorityStringNode* TGPriorityStringQueue::ChangePriority(TSQNode* ANode, std::int32_t NewPriority) {
-  std::unique_ptr<TSQNode> Owned = NewNode();
-  auto* Node = detail::NodeAs<TSQPriorityStringNode>(Owned.get());
-  Node->Assign(ANode);
-  Node->SetPriority(NewPriority);
-  Insert(Node, nullptr);
-  Owned.release();
-  Delete(ANode);
-  return Node;
+  return WithNewPriority<TSQPriorityStringNode>(*this, ANode, NewPriority);
 }
 
 }  // namespace kz
