@@ -10,13 +10,15 @@ using namespace Runtime;
 namespace {
 
 // Package order. None of the units builds global state at start-up.
-constexpr std::array<TPackageUnit, 8> GUnits{{
+constexpr std::array<TPackageUnit, 10> GUnits{{
     {"Runtime", nullptr, nullptr},
     {"KZConstants", nullptr, nullptr},
     {"KZMessages", nullptr, nullptr},
     {"CommonInterfaces", nullptr, nullptr},
     {"RefCount", nullptr, nullptr},
     {"Structures", nullptr, nullptr},
+    {"GLists", nullptr, nullptr},
+    {"ListColl", nullptr, nullptr},
     {"GHashTable", nullptr, nullptr},
     {"GStreams", nullptr, nullptr},
 }};

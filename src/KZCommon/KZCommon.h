@@ -11,6 +11,8 @@
 #include "CommonInterfaces/CommonInterfaces.h"
 #include "RefCount/RefCount.h"
 #include "Structures/Structures.h"
+#include "GLists/GLists.h"
+#include "ListColl/ListColl.h"
 #include "GHashTable/GHashTable.h"
 #include "GStreams/GStreams.h"
 
