@@ -1,0 +1,198 @@
+// The general tree: counts, walks, searches, notifications, copies, ownership and deep chains.
+#include <string>
+
+#include "TreeTestSupport.h"
+
+using namespace kz;
+using namespace kz::test;
+
+namespace {
+
+class GeneralTree : public testing::Test {
+ protected:
+  void SetUp() override {
+    NodesAlive = 0;
+    for (int I = 0; I < 16; ++I) Items.emplace_back(std::make_unique<TCounted>(I));
+    Tree.SetNodeType(&TCountedNode::ClassInfo());
+  }
+  TCounted* It(int I) { return Items[static_cast<std::size_t>(I)].get(); }
+  TGCustomTreeNode* Child(TGCustomTreeNode* Parent, int I) {
+    TGCustomTreeNode* N = Parent->NewChild();
+    N->SetItem(It(I));
+    return N;
+  }
+  // Root 1 with children 2, 3, 4; each of those with two children (5..10).
+  void BuildSample() {
+    auto Root = Tree.NewNode();
+    Root->SetItem(It(1));
+    Tree.SetRoot(Root.release());
+    for (int I = 0; I < 3; ++I) {
+      TGCustomTreeNode* C = Child(Tree.GetRoot(), 2 + I);
+      Child(C, 5 + 2 * I);
+      Child(C, 6 + 2 * I);
+    }
+  }
+
+  std::vector<std::unique_ptr<TCounted>> Items;
+  TGTree Tree;
+};
+
+TEST_F(GeneralTree, CountWalksAndSearches) {
+  EXPECT_EQ(Tree.GetCount(), 0);
+  BuildSample();
+  TGTreeNode* Root = Tree.GetRoot();
+  EXPECT_EQ(Tree.GetCount(), 4);
+  EXPECT_EQ(TagsInOrder(Tree, Root, toPreOrder), (std::vector<int>{1, 2, 5, 6, 3, 7, 8, 4, 9, 10}));
+  EXPECT_EQ(TagsInOrder(Tree, Root, toInOrder), (std::vector<int>{5, 2, 6, 1, 7, 3, 8, 9, 4, 10}));
+  EXPECT_EQ(TagsInOrder(Tree, Root, toPostOrder), (std::vector<int>{5, 6, 2, 7, 8, 3, 9, 10, 4, 1}));
+  EXPECT_TRUE(TagsInOrder(Tree, nullptr, toPreOrder).empty());
+
+  TGCustomTreeNode* Eight = Root->GetChild(1)->GetChild(1);
+  EXPECT_EQ(Tree.FindNode(Root, Root, toPreOrder), nullptr);
+  EXPECT_EQ(Tree.FindNode(Root, Eight, toPostOrder), Root->GetChild(1));
+  EXPECT_EQ(Eight->GetParent(), Root->GetChild(1));
+  EXPECT_EQ(Root->GetParent(), nullptr);
+  EXPECT_EQ(Tree.FindItemNode(Root, It(8), toInOrder), Eight);
+  EXPECT_EQ(Tree.FindItemNode(Root, It(15), toInOrder), nullptr);
+  EXPECT_TRUE(Tree.IsLeaf(Eight));
+  EXPECT_TRUE(Tree.IsRoot(Root));
+  EXPECT_THROW((void)Root->GetChild(3), EArgumentOutOfRangeException);
+
+  TList List;
+  Tree.AssignTo(&List);
+  ASSERT_EQ(List.GetCount(), 10);
+  EXPECT_EQ(List.GetItem(3), It(6));
+
+  // A walk's iterator cannot free nodes of the walk; its own exceptions pass unchanged.
+  EXPECT_EQ(MessageOf<ETreeException>([&] {
+              Tree.Traverse(Root, [&](TGCustomTreeNode* N, std::int32_t) { Tree.Delete(N); }, toPostOrder, 0);
+            }),
+            LoadResString(GTree::SFreeDuringWalk));
+  EXPECT_THROW(Tree.Traverse(Root, [](TGCustomTreeNode*, std::int32_t) { throw EListError(u"x"); }, toPreOrder, 0),
+               EListError);
+  EXPECT_THROW(Tree.Traverse(Root, TTreeIterator(), toPreOrder, 0), EAccessViolation);
+  EXPECT_EQ(NodesAlive, 10);
+}
+
+TEST_F(GeneralTree, ErrorsAndNotifications) {
+  BuildSample();
+  TGTree Other;
+  auto Foreign = Other.NewNode();
+  EXPECT_EQ(MessageOf<ETreeException>([&] { Tree.Delete(Foreign.get()); }), u"Owner of Node does not match Self");
+  EXPECT_EQ(MessageOf<ETreeException>([&] { Tree.GetRoot()->DeleteChild(Foreign.get()); }), u"Unknown Tree Node");
+  EXPECT_EQ(MessageOf<ETreeException>([&] { Tree.SetNodeType(&TGTreeNode::ClassInfo()); }),
+            u"Cannot change node types while any nodes exist");
+  EXPECT_THROW(Tree.Delete(Tree.GetRoot()), EAccessViolation);
+  EXPECT_THROW(Tree.GetRoot()->InsertParent(Tree.NewNode().get()), EAccessViolation);
+
+  std::string Log;
+  Tree.SetOnChanging([&](TObject* S) { Log += S == &Tree ? "[" : "?"; });
+  Tree.SetOnChange([&](TObject* S) { Log += S == &Tree ? "]" : S == Tree.GetRoot() ? "r" : "n"; });
+  Tree.EndUpdate();  // unmatched: ignored
+  Tree.BeginUpdate();
+  Tree.BeginUpdate();
+  Tree.GetRoot()->NewChild();
+  Tree.EndUpdate();
+  EXPECT_EQ(Log, "[");
+  Tree.EndUpdate();
+  EXPECT_EQ(Log, "[]");
+  // Freeing a node with two leaves: each leaf's clear, its removal from the node, the
+  // node's own clear, then its removal from the root.
+  Log.clear();
+  Tree.Delete(Tree.GetRoot()->GetChild(0));
+  EXPECT_EQ(Log, "nnnnnr");
+  EXPECT_EQ(NodesAlive, 8);
+  Log.clear();
+  Tree.Clear();
+  EXPECT_EQ(Log, "[]");
+  EXPECT_EQ(NodesAlive, 0);
+}
+
+TEST_F(GeneralTree, LinkingOwnershipAndInsertParent) {
+  BuildSample();
+  TGTreeNode* Root = Tree.GetRoot();
+  TGCustomTreeNode* Two = Root->GetChild(0);
+  TGCustomTreeNode* Three = Root->GetChild(1);
+  // A node placed elsewhere, the root and any ancestor cannot be linked again.
+  EXPECT_EQ(MessageOf<ETreeException>([&] { Root->SetChild(0, Three); }), LoadResString(GTree::SNodeAlreadyLinked));
+  EXPECT_THROW(Two->AddChild(Root), ETreeException);
+  EXPECT_EQ(MessageOf<ETreeException>([&] { Two->AddChild(Two); }), LoadResString(GTree::SNodeCycle));
+  EXPECT_THROW(Tree.SetRoot(Two), ETreeException);
+
+  // The replaced node stays alive, unlinked, until the tree goes or it is linked again.
+  auto Fresh = Tree.NewNode();
+  Fresh->SetItem(It(11));
+  Root->SetChild(0, Fresh.release());
+  EXPECT_EQ(Tree.FindNode(Root, Two, toPreOrder), nullptr);
+  EXPECT_EQ(NodesAlive, 11);
+  EXPECT_EQ(Two->GetChildCount(), 2);
+  Three->AddChild(Two);
+  EXPECT_EQ(Two->GetParent(), Three);
+  Three->SetChild(2, nullptr);  // Two unlinked again
+
+  // InsertParent puts the new node in the old place, the receiver below it.
+  auto Between = Tree.NewNode();
+  Between->SetItem(It(12));
+  TGCustomTreeNode* Nine = Root->GetChild(2)->GetChild(0);
+  EXPECT_EQ(Nine->InsertParent(Between.get()), Nine);
+  TGCustomTreeNode* B = Between.release();
+  EXPECT_EQ(Root->GetChild(2)->GetChild(0), B);
+  EXPECT_EQ(Nine->GetParent(), B);
+  EXPECT_EQ(TagsInOrder(Tree, Root, toPreOrder), (std::vector<int>{1, 11, 3, 7, 8, 4, 12, 9, 10}));
+  TGCustomTreeNode* Inserted = Root->InsertChild(1);
+  EXPECT_EQ(Root->IndexOf(Inserted), 1);
+  Tree.Clear();
+  EXPECT_EQ(NodesAlive, 3);  // Two and its children, kept by the tree
+}
+
+TEST_F(GeneralTree, AssignCopiesDeeply) {
+  BuildSample();
+  TGTree Copy;
+  Copy.SetNodeType(&TCountedNode::ClassInfo());
+  Copy.Assign(&Tree);
+  EXPECT_EQ(NodesAlive, 20);
+  EXPECT_EQ(TagsInOrder(Copy, Copy.GetRoot(), toPostOrder), TagsInOrder(Tree, Tree.GetRoot(), toPostOrder));
+  EXPECT_NE(Copy.GetRoot()->GetChild(0), Tree.GetRoot()->GetChild(0));
+  EXPECT_EQ(Copy.GetRoot()->GetChild(0)->GetTree(), &Copy);
+
+  TGCustomTreeNode* Three = Tree.GetRoot()->GetChild(1);
+  EXPECT_EQ(MessageOf<ETreeException>([&] { Three->Assign(Tree.GetRoot()); }), LoadResString(GTree::SCopyIntoSubtree));
+  EXPECT_THROW(Tree.GetRoot()->Assign(Three), ETreeException);
+  Three->Assign(Copy.GetRoot()->GetChild(2));
+  EXPECT_EQ(TagsInOrder(Tree, Three, toPreOrder), (std::vector<int>{4, 9, 10}));
+  Three->AddChildren(Three);
+  EXPECT_EQ(TagsInOrder(Tree, Three, toPreOrder), (std::vector<int>{4, 9, 10, 9, 10}));
+
+  TGTree Empty;
+  EXPECT_THROW(Copy.Assign(&Empty), EConvertError);
+  ASSERT_NE(Copy.GetRoot(), nullptr);
+  EXPECT_EQ(Copy.GetRoot()->GetChildCount(), 0);
+  EXPECT_THROW(Copy.Assign(Tree.GetRoot()), EConvertError);
+}
+
+TEST_F(GeneralTree, MillionNodeChain) {
+  constexpr int Depth = 1000000;
+  {
+    TGTree Chain;
+    Chain.SetNodeType(&TCountedNode::ClassInfo());
+    auto Root = Chain.NewNode();
+    TGCustomTreeNode* Last = Root.get();
+    Chain.SetRoot(Root.release());
+    for (int I = 1; I < Depth; ++I) Last = Last->NewChild();
+    Last->SetItem(It(3));
+    int Visits = 0;
+    Chain.Traverse(Chain.GetRoot(), [&](TGCustomTreeNode*, std::int32_t) { ++Visits; }, toInOrder, 0);
+    EXPECT_EQ(Visits, Depth);
+    EXPECT_EQ(Chain.FindItemNode(Chain.GetRoot(), It(3), toPostOrder), Last);
+    EXPECT_EQ(Last->GetParent()->GetChild(0), Last);
+    TGTree Copy;
+    Copy.Assign(&Chain);
+    EXPECT_EQ(NodesAlive, Depth);
+    Chain.GetRoot()->GetChild(0)->Clear();
+    EXPECT_EQ(NodesAlive, 2);
+    EXPECT_EQ(Copy.FindItemNode(Copy.GetRoot(), It(3), toPreOrder)->GetChildCount(), 0);
+  }
+  EXPECT_EQ(NodesAlive, 0);
+}
+
+}  // namespace
