@@ -86,7 +86,12 @@ THBNode* TGHeightBalancedTree::Add(TObject* Item, std::int32_t Priority, THBNode
       Result = P;
       return;
     }
-    if (!F && S != TGCustomTree::GetRoot() && NeedsRotation(S, Priority)) throw ETreeException(SRotationAboveStart);
+    if (NeedsRotation(S, Priority)) {
+      if (!F && S != TGCustomTree::GetRoot()) throw ETreeException(SRotationAboveStart);
+      // Stored balances that disagree with the heights (after a right-left rotation) can
+      // call for a double rotation whose middle node would be missing.
+      if (!(SideOf(S, Priority) < 0 ? S->GetRight() : S->GetLeft())) RaiseNullAccess(u"inner grandchild to rotate");
+    }
     std::unique_ptr<THBNode> Made = NewNode(Priority);
     THBNode* N = Made.get();
     N->SetItem(Item);

@@ -68,7 +68,9 @@ class TGHeightBalancedTree : public TGBinaryTree {
   /// update, and answers it (or, under dupIgnore, the node already holding Priority). A
   /// start node below the root whose own balance would need a rotation raises
   /// SRotationAboveStart before anything changes, since the rotated subtree could not be
-  /// hung back in its place.
+  /// hung back in its place. Stored balances left by a right-left rotation can call for a
+  /// double rotation at a node whose heavy side is empty: that raises EAccessViolation,
+  /// also before anything changes.
   virtual TGHeightBalancedTreeNode* Add(TObject* Item, std::int32_t Priority, TGHeightBalancedTreeNode* ANode);
   /// Repairs the balance after NewNode was linked below S (F is S's parent, null for the
   /// root; Stop is unused). Answers the new top of S's subtree, or S's child towards NewNode
