@@ -131,17 +131,17 @@ TEST(HeightBalancedTree, RandomAndOrderedRunsAgainstASet) {
   NodesAlive = 0;
   std::mt19937 Rng(2024);
   std::vector<std::pair<std::vector<int>, bool>> Runs;  // priorities, never takes right-left
-  std::vector<int> Ascending(400), Descending(400), Alternating;
-  for (int I = 0; I < 400; ++I) {
+  std::vector<int> Ascending(300), Descending(300), Alternating;
+  for (int I = 0; I < 300; ++I) {
     Ascending[static_cast<std::size_t>(I)] = I;
-    Descending[static_cast<std::size_t>(I)] = 400 - I;
+    Descending[static_cast<std::size_t>(I)] = 300 - I;
     Alternating.push_back(I % 2 ? -I : I);
   }
   Runs.emplace_back(Ascending, true);
   Runs.emplace_back(Descending, true);
   Runs.emplace_back(Alternating, true);
-  for (int R = 0; R < 3; ++R) {
-    std::vector<int> Random(1200);
+  for (int R = 0; R < 2; ++R) {
+    std::vector<int> Random(1000);
     for (int& P : Random) P = static_cast<int>(Rng() % 600) - 300;
     Runs.emplace_back(Random, false);
   }
