@@ -26,21 +26,12 @@ TGCustomTreeNode* TGBinaryTreeNode::GetChild(std::int32_t Index) const {
 
 std::int32_t TGBinaryTreeNode::GetChildCount() const { return (FLeft ? 1 : 0) + (FRight ? 1 : 0); }
 
-void TGBinaryTreeNode::SetSide(TGBinaryTreeNode*& Side, TGBinaryTreeNode* Value) {
-  if (Side == Value) return;
-  CheckLinkable(Value);
-  Unlinked(Side);
-  Side = Value;
-  Linked(Value);
-  Change();
-}
+void TGBinaryTreeNode::SetLeft(TGBinaryTreeNode* Value) { ReplaceInSlot(FLeft, Value); }
 
-void TGBinaryTreeNode::SetLeft(TGBinaryTreeNode* Value) { SetSide(FLeft, Value); }
-
-void TGBinaryTreeNode::SetRight(TGBinaryTreeNode* Value) { SetSide(FRight, Value); }
+void TGBinaryTreeNode::SetRight(TGBinaryTreeNode* Value) { ReplaceInSlot(FRight, Value); }
 
 void TGBinaryTreeNode::SetChild(std::int32_t Index, TGCustomTreeNode* ANode) {
-  SetSide(SlotAt(Index), As<TGBinaryTreeNode>(ANode));
+  ReplaceInSlot(SlotAt(Index), As<TGBinaryTreeNode>(ANode));
 }
 
 TGBinaryTreeNode* TGBinaryTreeNode::AddSide(TGBinaryTreeNode*& Side, TGBinaryTreeNode* ANode) {

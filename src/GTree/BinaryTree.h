@@ -47,7 +47,6 @@ class TGBinaryTreeNode : public TGCustomTreeNode {
  private:
   friend class TGHeightBalancedTree;
   TGBinaryTreeNode*& SlotAt(std::int32_t Index);
-  void SetSide(TGBinaryTreeNode*& Side, TGBinaryTreeNode* Value);
   TGBinaryTreeNode* AddSide(TGBinaryTreeNode*& Side, TGBinaryTreeNode* ANode);
   /// Moves a link without any check or notification (rotations only).
   void LinkSide(TGBinaryTreeNode*& Side, TGBinaryTreeNode* Value);

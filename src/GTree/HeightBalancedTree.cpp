@@ -140,47 +140,31 @@ THBNode* TGHeightBalancedTree::Rebalance(THBNode* NewNode, THBNode* /*Stop*/, TH
   }
 
   THBNode* Top;
-  // The balance table of both double rotations, indexed by the old balance of the middle node.
-  auto SetDoubleBalances = [&](THBNode* B) {
+  // The heavy side of S (left for D = +1) and the side facing away from it.
+  const bool HeavyLeft = D > 0;
+  auto Outer = [HeavyLeft](TGBinaryTreeNode* N) -> TGBinaryTreeNode*& { return HeavyLeft ? N->FLeft : N->FRight; };
+  auto Inner = [HeavyLeft](TGBinaryTreeNode* N) -> TGBinaryTreeNode*& { return HeavyLeft ? N->FRight : N->FLeft; };
+  if (A->GetBalanceFactor() == D) {  // single rotation
+    S->LinkSide(Outer(S), Inner(A));
+    A->LinkSide(Inner(A), S);
+    S->SetBalanceFactor(0);
+    A->SetBalanceFactor(0);
+    Top = A;
+  } else {  // double rotation through the inner grandchild B
+    THBNode* B = As<THBNode>(Inner(A));
+    A->LinkSide(Inner(A), Outer(B));
+    S->LinkSide(Outer(S), Inner(B));
+    B->LinkSide(Outer(B), A);
+    B->LinkSide(Inner(B), S);
+    // The balances by B's old balance, one table for both directions (not mirrored for the
+    // right-left case).
     switch (B->GetBalanceFactor()) {
       case -1: S->SetBalanceFactor(0); A->SetBalanceFactor(+1); break;
       case +1: S->SetBalanceFactor(-1); A->SetBalanceFactor(0); break;
       default: S->SetBalanceFactor(0); A->SetBalanceFactor(0); break;
     }
     B->SetBalanceFactor(0);
-  };
-  if (D > 0) {
-    if (A->GetBalanceFactor() == +1) {
-      S->LinkSide(S->FLeft, A->FRight);
-      A->LinkSide(A->FRight, S);
-      S->SetBalanceFactor(0);
-      A->SetBalanceFactor(0);
-      Top = A;
-    } else {
-      THBNode* B = A->GetHBRight();
-      A->LinkSide(A->FRight, B->FLeft);
-      S->LinkSide(S->FLeft, B->FRight);
-      B->LinkSide(B->FLeft, A);
-      B->LinkSide(B->FRight, S);
-      SetDoubleBalances(B);
-      Top = B;
-    }
-  } else {
-    if (A->GetBalanceFactor() == -1) {
-      S->LinkSide(S->FRight, A->FLeft);
-      A->LinkSide(A->FLeft, S);
-      S->SetBalanceFactor(0);
-      A->SetBalanceFactor(0);
-      Top = A;
-    } else {
-      THBNode* B = A->GetHBLeft();
-      A->LinkSide(A->FLeft, B->FRight);
-      S->LinkSide(S->FRight, B->FLeft);
-      B->LinkSide(B->FRight, A);
-      B->LinkSide(B->FLeft, S);
-      SetDoubleBalances(B);  // the same table, not its mirror
-      Top = B;
-    }
+    Top = B;
   }
   if (!F)
     LinkRoot(Top);

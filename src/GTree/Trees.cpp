@@ -241,13 +241,7 @@ TGCustomTreeNode* TGTreeNode::GetChild(std::int32_t Index) const {
 
 void TGTreeNode::SetChild(std::int32_t Index, TGCustomTreeNode* ANode) {
   CheckIndex(Index, FChildren.size());
-  TGCustomTreeNode*& Slot = FChildren[static_cast<std::size_t>(Index)];
-  if (Slot == ANode) return;
-  CheckLinkable(ANode);
-  Unlinked(Slot);
-  Slot = ANode;
-  Linked(ANode);
-  Change();
+  ReplaceInSlot(FChildren[static_cast<std::size_t>(Index)], ANode);
 }
 
 std::int32_t TGTreeNode::GetChildCount() const { return static_cast<std::int32_t>(FChildren.size()); }
@@ -474,27 +468,26 @@ void TGCustomTree::Traverse(TGCustomTreeNode* CurrentNode, const TTreeIterator& 
   });
 }
 
-TGCustomTreeNode* TGCustomTree::FindNode(TGCustomTreeNode* CurrentNode, const TGCustomTreeNode* Node,
-                                         TTraversalOrder Order) const {
+TGCustomTreeNode* TGCustomTree::FirstMatch(TGCustomTreeNode* CurrentNode, TTraversalOrder Order,
+                                           const std::function<bool(const TGCustomTreeNode*)>& Matches) const {
   MatchObject = nullptr;
   // Stopping is a plain answer from the visitor: no signal has to be thrown and caught.
   Walk(CurrentNode, Order, [&](TGCustomTreeNode* N) {
-    if (N->IndexOf(Node) < 0) return false;
+    if (!Matches(N)) return false;
     MatchObject = N;
     return true;
   });
   return MatchObject;
 }
 
+TGCustomTreeNode* TGCustomTree::FindNode(TGCustomTreeNode* CurrentNode, const TGCustomTreeNode* Node,
+                                         TTraversalOrder Order) const {
+  return FirstMatch(CurrentNode, Order, [Node](const TGCustomTreeNode* N) { return N->IndexOf(Node) > -1; });
+}
+
 TGCustomTreeNode* TGCustomTree::FindItemNode(TGCustomTreeNode* CurrentNode, const TObject* Item,
                                              TTraversalOrder Order) const {
-  MatchObject = nullptr;
-  Walk(CurrentNode, Order, [&](TGCustomTreeNode* N) {
-    if (N->GetItem() != Item) return false;
-    MatchObject = N;
-    return true;
-  });
-  return MatchObject;
+  return FirstMatch(CurrentNode, Order, [Item](const TGCustomTreeNode* N) { return N->GetItem() == Item; });
 }
 
 bool TGCustomTree::IsLeaf(const TGCustomTreeNode* Node) const {

@@ -130,6 +130,17 @@ class TGCustomTreeNode : public TPersistent {
   /// Records that Old left a slot of this node: unless it has been linked elsewhere since,
   /// its owner tree keeps it.
   void Unlinked(TGCustomTreeNode* Old);
+  /// Puts ANode in Slot (nothing when it is already there): the link checks, the old node
+  /// unlinked and kept, Change.
+  template <class TNode>
+  void ReplaceInSlot(TNode*& Slot, TNode* ANode) {
+    if (Slot == ANode) return;
+    CheckLinkable(ANode);
+    Unlinked(Slot);
+    Slot = ANode;
+    Linked(ANode);
+    Change();
+  }
   /// Frees every descendant without notifications, iteratively; for destructors.
   void FreeDescendants() noexcept;
 
@@ -268,6 +279,10 @@ class TGCustomTree : public TPersistent {
   bool Walk(TGCustomTreeNode* Node, TTraversalOrder Order, const TTreeVisitor& Visit) const;
   /// Replaces the root slot without freeing anything (for restructuring subclasses).
   void LinkRoot(TGCustomTreeNode* Value);
+
+ private:
+  TGCustomTreeNode* FirstMatch(TGCustomTreeNode* CurrentNode, TTraversalOrder Order,
+                               const std::function<bool(const TGCustomTreeNode*)>& Matches) const;
 
  private:
   friend class TGCustomTreeNode;
