@@ -392,71 +392,43 @@ bool TGCustomTree::Walk(TGCustomTreeNode* Node, TTraversalOrder Order, const TTr
 }
 
 namespace {
-struct TWalkFrame {
-  TGCustomTreeNode* Node;
-  std::int32_t Next;
-  bool Visited;
-};
+// Walks Node's subtree on an explicit stack, visiting each node once the first
+// VisitAfter(node) of its children's subtrees have been walked. True when Visit stopped it.
+template <class TVisitAfter>
+bool WalkSubtree(TGCustomTreeNode* Node, const TGCustomTree::TTreeVisitor& Visit, TVisitAfter VisitAfter) {
+  struct TFrame {
+    TGCustomTreeNode* Node;
+    std::int32_t Next;
+    bool Visited;
+  };
+  if (!Node) return false;
+  std::vector<TFrame> Stack{{Node, 0, false}};
+  while (!Stack.empty()) {
+    TFrame& F = Stack.back();
+    if (!F.Visited && F.Next >= VisitAfter(F.Node)) {
+      F.Visited = true;
+      if (Visit(F.Node)) return true;
+    } else if (F.Next < F.Node->GetChildCount()) {
+      if (TGCustomTreeNode* C = F.Node->GetChild(F.Next++)) Stack.push_back({C, 0, false});
+    } else {
+      Stack.pop_back();
+    }
+  }
+  return false;
+}
 }  // namespace
 
 bool TGCustomTree::Prefix(TGCustomTreeNode* Node, const TTreeVisitor& Visit) const {
-  if (!Node) return false;
-  if (Visit(Node)) return true;
-  std::vector<TWalkFrame> Stack{{Node, 0, true}};
-  while (!Stack.empty()) {
-    TWalkFrame& F = Stack.back();
-    if (F.Next >= F.Node->GetChildCount()) {
-      Stack.pop_back();
-      continue;
-    }
-    TGCustomTreeNode* C = F.Node->GetChild(F.Next++);
-    if (!C) continue;
-    if (Visit(C)) return true;
-    Stack.push_back({C, 0, true});
-  }
-  return false;
+  return WalkSubtree(Node, Visit, [](const TGCustomTreeNode*) { return 0; });
 }
 
 bool TGCustomTree::Postfix(TGCustomTreeNode* Node, const TTreeVisitor& Visit) const {
-  if (!Node) return false;
-  std::vector<TWalkFrame> Stack{{Node, 0, false}};
-  while (!Stack.empty()) {
-    TWalkFrame& F = Stack.back();
-    if (F.Next < F.Node->GetChildCount()) {
-      TGCustomTreeNode* C = F.Node->GetChild(F.Next++);
-      if (C) Stack.push_back({C, 0, false});
-      continue;
-    }
-    TGCustomTreeNode* Done = F.Node;
-    Stack.pop_back();
-    if (Visit(Done)) return true;
-  }
-  return false;
+  return WalkSubtree(Node, Visit, [](const TGCustomTreeNode* N) { return N->GetChildCount(); });
 }
 
 bool TGCustomTree::Infix(TGCustomTreeNode* Node, const TTreeVisitor& Visit) const {
-  if (!Node) return false;
   // The first child's subtree, the node, then the other children's subtrees.
-  std::vector<TWalkFrame> Stack{{Node, 0, false}};
-  while (!Stack.empty()) {
-    TWalkFrame& F = Stack.back();
-    TGCustomTreeNode* C = nullptr;
-    if (F.Next == 0 && F.Node->GetChildCount() > 0) {
-      F.Next = 1;
-      C = F.Node->GetChild(0);
-    } else if (!F.Visited) {
-      F.Visited = true;
-      if (Visit(F.Node)) return true;
-      continue;
-    } else if (F.Next < F.Node->GetChildCount()) {
-      C = F.Node->GetChild(F.Next++);
-    } else {
-      Stack.pop_back();
-      continue;
-    }
-    if (C) Stack.push_back({C, 0, false});
-  }
-  return false;
+  return WalkSubtree(Node, Visit, [](const TGCustomTreeNode* N) { return N->GetChildCount() > 0 ? 1 : 0; });
 }
 
 void TGCustomTree::Traverse(TGCustomTreeNode* CurrentNode, const TTreeIterator& Iterator, TTraversalOrder Order,
