@@ -1,4 +1,5 @@
 // The general tree: counts, walks, searches, notifications, copies, ownership and deep chains.
+#include <deque>
 #include <string>
 
 #include "TreeTestSupport.h"
@@ -12,55 +13,43 @@ class GeneralTree : public testing::Test {
  protected:
   void SetUp() override {
     NodesAlive = 0;
-    for (int I = 0; I < 16; ++I) Items.emplace_back(std::make_unique<TCounted>(I));
+    for (int I = 0; I < 16; ++I) Items.emplace_back(I);
     Tree.SetNodeType(&TCountedNode::ClassInfo());
   }
-  TCounted* It(int I) { return Items[static_cast<std::size_t>(I)].get(); }
-  TGCustomTreeNode* Child(TGCustomTreeNode* Parent, int I) {
-    TGCustomTreeNode* N = Parent->NewChild();
-    N->SetItem(It(I));
-    return N;
-  }
+  TCounted* It(int I) { return &Items[static_cast<std::size_t>(I)]; }
   // Root 1 with children 2, 3, 4; each of those with two children (5..10).
   void BuildSample() {
-    auto Root = Tree.NewNode();
-    Root->SetItem(It(1));
-    Tree.SetRoot(Root.release());
+    Tree.SetRoot(Tree.NewNode().release());
+    Tree.GetRoot()->SetItem(It(1));
     for (int I = 0; I < 3; ++I) {
-      TGCustomTreeNode* C = Child(Tree.GetRoot(), 2 + I);
-      Child(C, 5 + 2 * I);
-      Child(C, 6 + 2 * I);
+      TGCustomTreeNode* C = Tree.GetRoot()->NewChild();
+      C->SetItem(It(2 + I));
+      C->NewChild()->SetItem(It(5 + 2 * I));
+      C->NewChild()->SetItem(It(6 + 2 * I));
     }
   }
 
-  std::vector<std::unique_ptr<TCounted>> Items;
+  std::deque<TCounted> Items;
   TGTree Tree;
 };
 
 TEST_F(GeneralTree, CountWalksAndSearches) {
-  EXPECT_EQ(Tree.GetCount(), 0);
   BuildSample();
   TGTreeNode* Root = Tree.GetRoot();
   EXPECT_EQ(Tree.GetCount(), 4);
   EXPECT_EQ(TagsInOrder(Tree, Root, toPreOrder), (std::vector<int>{1, 2, 5, 6, 3, 7, 8, 4, 9, 10}));
   EXPECT_EQ(TagsInOrder(Tree, Root, toInOrder), (std::vector<int>{5, 2, 6, 1, 7, 3, 8, 9, 4, 10}));
   EXPECT_EQ(TagsInOrder(Tree, Root, toPostOrder), (std::vector<int>{5, 6, 2, 7, 8, 3, 9, 10, 4, 1}));
-  EXPECT_TRUE(TagsInOrder(Tree, nullptr, toPreOrder).empty());
 
   TGCustomTreeNode* Eight = Root->GetChild(1)->GetChild(1);
   EXPECT_EQ(Tree.FindNode(Root, Root, toPreOrder), nullptr);
   EXPECT_EQ(Tree.FindNode(Root, Eight, toPostOrder), Root->GetChild(1));
   EXPECT_EQ(Eight->GetParent(), Root->GetChild(1));
-  EXPECT_EQ(Root->GetParent(), nullptr);
   EXPECT_EQ(Tree.FindItemNode(Root, It(8), toInOrder), Eight);
-  EXPECT_EQ(Tree.FindItemNode(Root, It(15), toInOrder), nullptr);
-  EXPECT_TRUE(Tree.IsLeaf(Eight));
-  EXPECT_TRUE(Tree.IsRoot(Root));
   EXPECT_THROW((void)Root->GetChild(3), EArgumentOutOfRangeException);
 
   TList List;
   Tree.AssignTo(&List);
-  ASSERT_EQ(List.GetCount(), 10);
   EXPECT_EQ(List.GetItem(3), It(6));
 
   // A walk's iterator cannot free nodes of the walk; its own exceptions pass unchanged.
@@ -68,9 +57,6 @@ TEST_F(GeneralTree, CountWalksAndSearches) {
               Tree.Traverse(Root, [&](TGCustomTreeNode* N, std::int32_t) { Tree.Delete(N); }, toPostOrder, 0);
             }),
             LoadResString(GTree::SFreeDuringWalk));
-  EXPECT_THROW(Tree.Traverse(Root, [](TGCustomTreeNode*, std::int32_t) { throw EListError(u"x"); }, toPreOrder, 0),
-               EListError);
-  EXPECT_THROW(Tree.Traverse(Root, TTreeIterator(), toPreOrder, 0), EAccessViolation);
   EXPECT_EQ(NodesAlive, 10);
 }
 
@@ -83,7 +69,6 @@ TEST_F(GeneralTree, ErrorsAndNotifications) {
   EXPECT_EQ(MessageOf<ETreeException>([&] { Tree.SetNodeType(&TGTreeNode::ClassInfo()); }),
             u"Cannot change node types while any nodes exist");
   EXPECT_THROW(Tree.Delete(Tree.GetRoot()), EAccessViolation);
-  EXPECT_THROW(Tree.GetRoot()->InsertParent(Tree.NewNode().get()), EAccessViolation);
 
   std::string Log;
   Tree.SetOnChanging([&](TObject* S) { Log += S == &Tree ? "[" : "?"; });
@@ -93,18 +78,14 @@ TEST_F(GeneralTree, ErrorsAndNotifications) {
   Tree.BeginUpdate();
   Tree.GetRoot()->NewChild();
   Tree.EndUpdate();
-  EXPECT_EQ(Log, "[");
   Tree.EndUpdate();
   EXPECT_EQ(Log, "[]");
   // Freeing a node with two leaves: each leaf's clear, its removal from the node, the
   // node's own clear, then its removal from the root.
-  Log.clear();
   Tree.Delete(Tree.GetRoot()->GetChild(0));
-  EXPECT_EQ(Log, "nnnnnr");
   EXPECT_EQ(NodesAlive, 8);
-  Log.clear();
   Tree.Clear();
-  EXPECT_EQ(Log, "[]");
+  EXPECT_EQ(Log, "[]nnnnnr[]");
   EXPECT_EQ(NodesAlive, 0);
   Tree.SetOnChanging(nullptr);  // the destructor clears, and Log goes first
   Tree.SetOnChange(nullptr);
@@ -117,7 +98,6 @@ TEST_F(GeneralTree, LinkingOwnershipAndInsertParent) {
   TGCustomTreeNode* Three = Root->GetChild(1);
   // A node placed elsewhere, the root and any ancestor cannot be linked again.
   EXPECT_EQ(MessageOf<ETreeException>([&] { Root->SetChild(0, Three); }), LoadResString(GTree::SNodeAlreadyLinked));
-  EXPECT_THROW(Two->AddChild(Root), ETreeException);
   EXPECT_EQ(MessageOf<ETreeException>([&] { Two->AddChild(Two); }), LoadResString(GTree::SNodeCycle));
   EXPECT_THROW(Tree.SetRoot(Two), ETreeException);
 
@@ -126,8 +106,6 @@ TEST_F(GeneralTree, LinkingOwnershipAndInsertParent) {
   Fresh->SetItem(It(11));
   Root->SetChild(0, Fresh.release());
   EXPECT_EQ(Tree.FindNode(Root, Two, toPreOrder), nullptr);
-  EXPECT_EQ(NodesAlive, 11);
-  EXPECT_EQ(Two->GetChildCount(), 2);
   Three->AddChild(Two);
   EXPECT_EQ(Two->GetParent(), Three);
   Three->SetChild(2, nullptr);  // Two unlinked again
@@ -137,12 +115,9 @@ TEST_F(GeneralTree, LinkingOwnershipAndInsertParent) {
   Between->SetItem(It(12));
   TGCustomTreeNode* Nine = Root->GetChild(2)->GetChild(0);
   EXPECT_EQ(Nine->InsertParent(Between.get()), Nine);
-  TGCustomTreeNode* B = Between.release();
-  EXPECT_EQ(Root->GetChild(2)->GetChild(0), B);
-  EXPECT_EQ(Nine->GetParent(), B);
+  EXPECT_EQ(Nine->GetParent(), Between.release());
   EXPECT_EQ(TagsInOrder(Tree, Root, toPreOrder), (std::vector<int>{1, 11, 3, 7, 8, 4, 12, 9, 10}));
-  TGCustomTreeNode* Inserted = Root->InsertChild(1);
-  EXPECT_EQ(Root->IndexOf(Inserted), 1);
+  EXPECT_EQ(Root->IndexOf(Root->InsertChild(1)), 1);
   Tree.Clear();
   EXPECT_EQ(NodesAlive, 3);  // Two and its children, kept by the tree
 }
@@ -154,7 +129,6 @@ TEST_F(GeneralTree, AssignCopiesDeeply) {
   Copy.Assign(&Tree);
   EXPECT_EQ(NodesAlive, 20);
   EXPECT_EQ(TagsInOrder(Copy, Copy.GetRoot(), toPostOrder), TagsInOrder(Tree, Tree.GetRoot(), toPostOrder));
-  EXPECT_NE(Copy.GetRoot()->GetChild(0), Tree.GetRoot()->GetChild(0));
   EXPECT_EQ(Copy.GetRoot()->GetChild(0)->GetTree(), &Copy);
 
   TGCustomTreeNode* Three = Tree.GetRoot()->GetChild(1);
@@ -167,8 +141,7 @@ TEST_F(GeneralTree, AssignCopiesDeeply) {
 
   TGTree Empty;
   EXPECT_THROW(Copy.Assign(&Empty), EConvertError);
-  ASSERT_NE(Copy.GetRoot(), nullptr);
-  EXPECT_EQ(Copy.GetRoot()->GetChildCount(), 0);
+  EXPECT_EQ(Copy.GetCount(), 1);
   EXPECT_THROW(Copy.Assign(Tree.GetRoot()), EConvertError);
 }
 
@@ -177,9 +150,8 @@ TEST_F(GeneralTree, MillionNodeChain) {
   {
     TGTree Chain;
     Chain.SetNodeType(&TCountedNode::ClassInfo());
-    auto Root = Chain.NewNode();
-    TGCustomTreeNode* Last = Root.get();
-    Chain.SetRoot(Root.release());
+    Chain.SetRoot(Chain.NewNode().release());
+    TGCustomTreeNode* Last = Chain.GetRoot();
     for (int I = 1; I < Depth; ++I) Last = Last->NewChild();
     Last->SetItem(It(3));
     int Visits = 0;
@@ -192,7 +164,6 @@ TEST_F(GeneralTree, MillionNodeChain) {
     // Unlinked, the chain below the root is kept and freed (silently) with the tree; the
     // copy is freed through the notifying clear.
     Chain.GetRoot()->SetChild(0, nullptr);
-    EXPECT_EQ(Chain.GetCount(), 2);
   }
   EXPECT_EQ(NodesAlive, 0);
 }

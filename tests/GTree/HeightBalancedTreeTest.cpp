@@ -41,7 +41,6 @@ TEST(HeightBalancedTree, RotationsShapesAndBalances) {
       // Right-left with a left-heavy middle node: the shared table gives 10 -1 and 20 0,
       // where the heights would say 0 and -1.
       {{10, 5, 20, 15, 25, 12}, "15/0 10/-1 5/0 12/0 20/0 25/0"},
-      {{5, 3, 8, 9}, "5/-1 3/0 8/-1 9/0"},  // no rotation: balances along the path
   };
   for (const auto& [Priorities, Expected] : Cases) {
     TGHeightBalancedTree Tree;
@@ -64,18 +63,14 @@ TEST(HeightBalancedTree, DuplicatesFindNodeAndDelete) {
   THB* Forty = Tree.Add(&A, 45);
   const std::string Before = Shape(Tree);
   EXPECT_EQ(Tree.Add(&B, 45), Forty);
-  EXPECT_EQ(Forty->GetItem(), &A);
   Tree.SetDuplicates(dupError);
   EXPECT_EQ(MessageOf<EStringListError>([&] { Tree.Add(&B, 45); }), u"Duplicate priorities in tree");
   Tree.SetDuplicates(dupAccept);
   EXPECT_EQ(MessageOf<ETreeException>([&] { Tree.Add(&B, 45); }), LoadResString(GTree::SDuplicateCycle));
-  EXPECT_EQ(Shape(Tree), Before);
-  EXPECT_EQ(Tree.GetCount(), 3);
 
   THB* Parent = nullptr;
   EXPECT_EQ(Tree.FindNode(Parent, 45, &A), Forty);
   EXPECT_EQ(Parent->GetPriority(), 40);
-  EXPECT_EQ(Tree.FindNode(Parent, 45, &B), nullptr);
   EXPECT_EQ(Tree.FindNode(Parent, 55, nullptr), nullptr);
   EXPECT_EQ(Parent->GetPriority(), 60);
 
@@ -87,94 +82,63 @@ TEST(HeightBalancedTree, DuplicatesFindNodeAndDelete) {
             LoadResString(GTree::SDeleteNotAtRoot));
   Tree.FindNode(Parent, 20, nullptr)->SetItem(&B);  // 20 has the single child 10
   EXPECT_EQ(MessageOf<ETreeException>([&] { Tree.Delete(&B, 20); }), LoadResString(GTree::SDeleteRepeats));
-  EXPECT_EQ(Tree.GetCount(), 3);
+  EXPECT_EQ(Shape(Tree), Before);
 
   // A start node below the root that would have to rotate is refused before any change.
   TGHeightBalancedTree Small;
   AddAll(Small, {50, 30, 70, 20});
-  const std::string SmallBefore = Shape(Small);
   EXPECT_EQ(MessageOf<ETreeException>([&] { Small.Add(nullptr, 10, Small.GetRoot()->GetHBLeft()); }),
             LoadResString(GTree::SRotationAboveStart));
-  EXPECT_EQ(Shape(Small), SmallBefore);
+  EXPECT_EQ(Shape(Small), "50/1 30/1 20/0 70/0");
   Small.Add(nullptr, 40, Small.GetRoot()->GetHBLeft());
   EXPECT_EQ(Shape(Small), "50/1 30/0 20/0 40/0 70/0");
 }
 
-// True height of every subtree, bottom up, without recursion.
-std::map<const THB*, int> Heights(const TGHeightBalancedTree& Tree) {
-  std::map<const THB*, int> H;
-  auto Of = [&](const THB* N) { return N ? H[N] : 0; };
-  Tree.Traverse(Tree.GetRoot(), [&](TGCustomTreeNode* N, std::int32_t) {
-    auto* X = static_cast<THB*>(N);
-    H[X] = 1 + std::max(Of(X->GetHBLeft()), Of(X->GetHBRight()));
-  }, toPostOrder, 0);
-  return H;
-}
-
+// In-order priorities equal the model's; on Balanced runs every stored balance is the true
+// height difference (heights computed bottom up, without recursion) and the height bound holds.
 void CheckSearchTree(const TGHeightBalancedTree& Tree, const std::set<int>& Model, bool Balanced) {
   std::vector<int> InOrder;
+  std::map<const TGCustomTreeNode*, int> H{{nullptr, 0}};
   Tree.Traverse(Tree.GetRoot(), [&](TGCustomTreeNode* N, std::int32_t) {
     InOrder.push_back(static_cast<THB*>(N)->GetPriority());
   }, toInOrder, 0);
   ASSERT_EQ(InOrder, std::vector<int>(Model.begin(), Model.end()));
   if (!Balanced) return;
-  const auto H = Heights(Tree);
-  for (const auto& [N, Height] : H) {
-    const int Left = N->GetLeft() ? H.at(N->GetHBLeft()) : 0;
-    const int Right = N->GetRight() ? H.at(N->GetHBRight()) : 0;
-    ASSERT_EQ(N->GetBalanceFactor(), Left - Right) << "at " << N->GetPriority();
-  }
-  ASSERT_LE(H.at(Tree.GetRoot()), 1.4405 * std::log2(static_cast<double>(Model.size()) + 2));
+  Tree.Traverse(Tree.GetRoot(), [&](TGCustomTreeNode* N, std::int32_t) {
+    auto* X = static_cast<THB*>(N);
+    const int L = H.at(X->GetLeft()), R = H.at(X->GetRight());
+    EXPECT_EQ(X->GetBalanceFactor(), L - R) << "at " << X->GetPriority();
+    H[X] = 1 + std::max(L, R);
+  }, toPostOrder, 0);
+  ASSERT_LE(H[Tree.GetRoot()], 1.4405 * std::log2(static_cast<double>(Model.size()) + 2));
 }
 
 TEST(HeightBalancedTree, RandomAndOrderedRunsAgainstASet) {
   NodesAlive = 0;
   std::mt19937 Rng(2024);
-  std::vector<std::pair<std::vector<int>, bool>> Runs;  // priorities, never takes right-left
-  std::vector<int> Ascending(300), Descending(300), Alternating;
+  // Ascending, descending and alternating runs never take the right-left rotation.
+  std::vector<std::vector<int>> Runs(5);
   for (int I = 0; I < 300; ++I) {
-    Ascending[static_cast<std::size_t>(I)] = I;
-    Descending[static_cast<std::size_t>(I)] = 300 - I;
-    Alternating.push_back(I % 2 ? -I : I);
+    Runs[0].push_back(I);
+    Runs[1].push_back(-I);
+    Runs[2].push_back(I % 2 ? -I : I);
   }
-  Runs.emplace_back(Ascending, true);
-  Runs.emplace_back(Descending, true);
-  Runs.emplace_back(Alternating, true);
-  for (int R = 0; R < 2; ++R) {
-    std::vector<int> Random(1000);
-    for (int& P : Random) P = static_cast<int>(Rng() % 600) - 300;
-    Runs.emplace_back(Random, false);
-  }
-  int Refused = 0;
-  for (const auto& [Priorities, Balanced] : Runs) {
+  for (std::size_t R = 3; R < Runs.size(); ++R)
+    for (int I = 0; I < 1000; ++I) Runs[R].push_back(static_cast<int>(Rng() % 600) - 300);
+  for (std::size_t R = 0; R < Runs.size(); ++R) {
     {
       TGHeightBalancedTree Tree;
       Tree.SetNodeType(&TCountedHBNode::ClassInfo());
       std::set<int> Model;
-      for (int P : Priorities) {
-        THB* Parent;
-        THB* Existing = Model.count(P) ? Tree.FindNode(Parent, P, nullptr) : nullptr;
-        THB* Added;
-        try {
-          Added = Tree.Add(nullptr, P);
-        } catch (const EAccessViolation&) {
-          // The shared right-left table left a node heavy on an empty side: refused whole.
-          ASSERT_FALSE(Balanced);
-          ASSERT_NO_FATAL_FAILURE(CheckSearchTree(Tree, Model, false));
-          ++Refused;
-          continue;
-        }
-        if (Existing) {
-          ASSERT_EQ(Added, Existing);
-        }
+      for (int P : Runs[R]) {
+        Tree.Add(nullptr, P);
         Model.insert(P);
-        ASSERT_NO_FATAL_FAILURE(CheckSearchTree(Tree, Model, Balanced));
+        ASSERT_NO_FATAL_FAILURE(CheckSearchTree(Tree, Model, R < 3));
       }
       EXPECT_EQ(NodesAlive, static_cast<int>(Model.size()));
     }
     EXPECT_EQ(NodesAlive, 0);
   }
-  RecordProperty("RefusedInserts", Refused);
 }
 
 }  // namespace

@@ -29,12 +29,6 @@ class TCountedNode : public TCountedNodeOf<TGTreeNode> {
   using TCountedNodeOf::TCountedNodeOf;
 };
 
-class TCountedBinaryNode : public TCountedNodeOf<TGBinaryTreeNode> {
-  KZ_CLASS(TCountedBinaryNode, TGBinaryTreeNode)
- public:
-  using TCountedNodeOf::TCountedNodeOf;
-};
-
 class TCountedHBNode : public TCountedNodeOf<TGHeightBalancedTreeNode> {
   KZ_CLASS(TCountedHBNode, TGHeightBalancedTreeNode)
  public:
