@@ -96,8 +96,15 @@ void TGCustomTreeNode::FreeDescendants() noexcept {
   }
 }
 
+std::int32_t& TGCustomTreeNode::WalksOf(const TGCustomTreeNode* Node) {
+  thread_local std::int32_t NoTree = 0;
+  return Node->FOwner ? Node->FOwner->FWalks : NoTree;
+}
+
 void TGCustomTreeNode::ReleaseChildren(TGCustomTreeNode* Start, std::int32_t First, std::int32_t Last) {
-  if (Start->FOwner && Start->FOwner->FWalks > 0) throw ETreeException(SFreeDuringWalk);
+  if (WalksOf(Start) > 0) throw ETreeException(SFreeDuringWalk);
+  // The notifications below must not free what the stack still points at.
+  TRestoreValue Busy(WalksOf(Start), WalksOf(Start) + 1);
   struct TFrame {
     TGCustomTreeNode* Node;
     std::int32_t Next;
@@ -167,6 +174,8 @@ void TGCustomTreeNode::CopyChildren(TGCustomTreeNode* Dest, const TGCustomTreeNo
     std::int32_t End;
   };
   RaiseOutOfMemoryAsError([&] {
+    TRestoreValue DestBusy(WalksOf(Dest), WalksOf(Dest) + 1);
+    TRestoreValue SourceBusy(WalksOf(Source), WalksOf(Source) + 1);
     std::vector<TFrame> Stack{{Dest, Source, 0, Source->GetChildCount()}};
     while (!Stack.empty()) {
       TFrame& F = Stack.back();
@@ -353,6 +362,7 @@ void TGCustomTree::EndUpdate() {
 }
 
 void TGCustomTree::Clear() {
+  if (FRoot && FWalks > 0) throw ETreeException(SFreeDuringWalk);  // before any notification
   WithinUpdate(*this, [&] { SetRoot(nullptr); });
 }
 

@@ -152,6 +152,8 @@ class TGCustomTreeNode : public TPersistent {
   static void ReleaseChildren(TGCustomTreeNode* Start, std::int32_t First, std::int32_t Last);
   /// Deep copy of Source's children into Dest, in the order nested Assign calls would.
   static void CopyChildren(TGCustomTreeNode* Dest, const TGCustomTreeNode* Source);
+  /// The running-walk count of Node's tree (a dummy without a tree).
+  static std::int32_t& WalksOf(const TGCustomTreeNode* Node);
   /// True when Node is this node or one of its ancestors (through the link records).
   bool HasAncestor(const TGCustomTreeNode* Node) const;
   [[nodiscard]] bool IsFree() const { return !FLinkParent && !FIsRoot; }
@@ -247,8 +249,9 @@ class TGCustomTree : public TPersistent {
   /// A new node of the node type, owned by the caller until it is linked.
   [[nodiscard]] virtual std::unique_ptr<TGCustomTreeNode> NewNode();
   /// Calls Iterator(node, ATag) for each node of CurrentNode's subtree in Order (nothing for
-  /// null). An exception from Iterator ends the walk and propagates unchanged. While a walk
-  /// runs, operations that would free nodes of the tree raise SFreeDuringWalk.
+  /// null). An exception from Iterator ends the walk and propagates unchanged. While a walk,
+  /// a clear or a copy runs, operations that would free nodes of the tree (from an iterator
+  /// or a change handler) raise SFreeDuringWalk.
   virtual void Traverse(TGCustomTreeNode* CurrentNode, const TTreeIterator& Iterator, TTraversalOrder Order,
                         std::int32_t ATag) const;
   /// The first node of CurrentNode's subtree, in Order, that has Node among its children

@@ -84,6 +84,12 @@ TEST_F(GeneralTree, ErrorsAndNotifications) {
   // node's own clear, then its removal from the root.
   Tree.Delete(Tree.GetRoot()->GetChild(0));
   EXPECT_EQ(NodesAlive, 8);
+  // A handler cannot free nodes that a running clear still holds.
+  Tree.SetOnChange([&](TObject* S) {
+    if (S != &Tree) Tree.Clear();
+  });
+  EXPECT_THROW(Tree.GetRoot()->GetChild(0)->Clear(), ETreeException);
+  Tree.SetOnChange([&](TObject* S) { Log += S == &Tree ? "]" : S == Tree.GetRoot() ? "r" : "n"; });
   Tree.Clear();
   EXPECT_EQ(Log, "[]nnnnnr[]");
   EXPECT_EQ(NodesAlive, 0);
