@@ -1,9 +1,6 @@
 #include "GValue/GValue.h"
 
-#include <cfloat>
-#include <cmath>
-#include <limits>
-
+#include "Runtime/Single.h"
 #include "Runtime/Text.h"
 
 namespace kz {
@@ -12,15 +9,6 @@ using namespace Runtime;
 using namespace GValue;
 
 namespace {
-
-// Rounds like the hardware conversion, but says what happens beyond the single range
-// instead of leaving it to the compiler: half an ulp above the largest single is infinity.
-float ToSingle(long double V) {
-  constexpr long double Overflow = 0x1.ffffffp127L;
-  if (V >= Overflow) return std::numeric_limits<float>::infinity();
-  if (V <= -Overflow) return -std::numeric_limits<float>::infinity();
-  return static_cast<float>(V);
-}
 
 float CurrencyToSingle(std::int64_t Scaled) { return ToSingle(static_cast<long double>(Scaled) / 10000.0L); }
 

@@ -21,4 +21,5 @@
 #include "Runtime/Bits.h"
 #include "Runtime/Variants.h"
 #include "Runtime/VarRec.h"
+#include "Runtime/Single.h"
 #include "Runtime/Filer.h"
