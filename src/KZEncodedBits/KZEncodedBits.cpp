@@ -192,6 +192,7 @@ long double TKZEncodedBits::GetReal(TPos Offset, TPos Size, int MantissaShift) c
 }
 
 void TKZEncodedBits::SetReal(TPos Offset, TPos Size, long double Value, int MantissaShift) {
+  CheckWritable(Offset, Size);
   const std::int32_t FieldSize = static_cast<std::int32_t>(Size);
   if (!std::isfinite(Value))
     throw EConvertError(SFloatFieldRange, {FloatToStr(static_cast<double>(Value)), FieldSize});
