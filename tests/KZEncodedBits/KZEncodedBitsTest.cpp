@@ -7,7 +7,6 @@
 
 using namespace kz;
 
-
 TEST(KZEncodedBitsTest, BytePrimitivesAndBitStrings) {
   TKZEncodedBits B;
   B.Encode(0, 4, 0xA5);
@@ -93,8 +92,6 @@ TEST(KZEncodedBitsTest, FloatingPointFields) {
   B.SetAsDouble(0, 17, -0.375);
   EXPECT_TRUE(B.GetBit(0));
   EXPECT_EQ(B.GetAsDouble(0, 17), -0.375);
-  B.SetAsFloat(0, 17, 6.5f);
-  EXPECT_EQ(B.GetAsFloat(0, 17), 6.5f);
   EXPECT_THROW(B.SetAsDouble(0, 17, 1e10), EConvertError);  // exponent beyond 4 bits
   EXPECT_THROW(B.SetAsDouble(0, 17, std::numeric_limits<double>::infinity()), EConvertError);
   B.SetAsDouble(0, 17, 0);
@@ -110,7 +107,6 @@ TEST(KZEncodedBitsTest, StringsAndCopies) {
   EXPECT_EQ(B.GetAsString(0, 24), AnsiString("x\0\0", 3));
   EXPECT_THROW((void)B.GetAsString(8, 24), EBitsError);
 
-  B.SetPreserveSignBit(true);
   std::unique_ptr<TKZEncodedBits> C = B.Clone();
   EXPECT_EQ(C->ClassType(), &TKZEncodedBits::ClassInfo());
   EXPECT_EQ(C->ToBitString(), B.ToBitString());
