@@ -10,7 +10,7 @@ using namespace Runtime;
 namespace {
 
 // Package order. None of the units builds global state at start-up.
-constexpr std::array<TPackageUnit, 10> GUnits{{
+constexpr std::array<TPackageUnit, 14> GUnits{{
     {"Runtime", nullptr, nullptr},
     {"KZConstants", nullptr, nullptr},
     {"KZMessages", nullptr, nullptr},
@@ -20,7 +20,11 @@ constexpr std::array<TPackageUnit, 10> GUnits{{
     {"GLists", nullptr, nullptr},
     {"ListColl", nullptr, nullptr},
     {"GHashTable", nullptr, nullptr},
+    {"GTree", nullptr, nullptr},
     {"GStreams", nullptr, nullptr},
+    {"GValue", nullptr, nullptr},
+    {"KZVector", nullptr, nullptr},
+    {"KZEncodedBits", nullptr, nullptr},
 }};
 
 std::array<std::atomic<bool>, GUnits.size()> GInitialized{};

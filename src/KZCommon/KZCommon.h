@@ -14,7 +14,11 @@
 #include "GLists/GLists.h"
 #include "ListColl/ListColl.h"
 #include "GHashTable/GHashTable.h"
+#include "GTree/GTree.h"
 #include "GStreams/GStreams.h"
+#include "GValue/GValue.h"
+#include "KZVector/KZVector.h"
+#include "KZEncodedBits/KZEncodedBits.h"
 
 namespace kz {
 
