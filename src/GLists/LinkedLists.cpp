@@ -1,0 +1,425 @@
+#include "GLists/GLists.h"
+
+#include <new>
+
+#include "Runtime/Lists.h"
+#include "Runtime/WithinUpdate.h"
+
+namespace kz {
+
+using namespace Runtime;
+using namespace GLists;
+
+// ---------------------------------------------------------------------------------------------
+// Nodes
+
+TSQNode::~TSQNode() = default;
+
+void* TSQNode::operator new(std::size_t Size) {
+  try {
+    return ::operator new(Size);
+  } catch (const std::bad_alloc&) {
+    throw EOutOfMemory(SOutOfMemory);
+  }
+}
+
+void TSQNode::operator delete(void* P, std::size_t Size) noexcept { ::operator delete(P, Size); }
+
+void TSQNode::Assign(TPersistent* Source) {
+  if (auto* Node = dynamic_cast<TSQNode*>(Source))
+    FItem = Node->FItem;
+  else
+    inherited::Assign(Source);
+}
+
+void TSQStringNode::Assign(TPersistent* Source) {
+  if (auto* Node = dynamic_cast<TSQStringNode*>(Source)) FValue = Node->FValue;
+  inherited::Assign(Source);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Ownership, enumerators and walking
+
+TGCustomLinkedList::~TGCustomLinkedList() {
+  FOnChange = nullptr;
+  FreeAll();
+  for (TGCustomLinkedListEnumerator* E = FEnumerators; E; E = E->FNextEnum) E->FList = nullptr;
+}
+
+void TGCustomLinkedList::CheckFree(const TSQNode* ANode) const {
+  if (!ANode) RaiseNullAccess(u"list node");
+  if (ANode->FOwnerList) throw EListError(SNodeInList);
+}
+
+void TGCustomLinkedList::Adopt(TSQNode* ANode) noexcept {
+  ANode->FOwnerList = this;
+  if (FOwned) {
+    ANode->FOwnNext = FOwned;
+    ANode->FOwnPrev = FOwned->FOwnPrev;
+    FOwned->FOwnPrev->FOwnNext = ANode;
+    FOwned->FOwnPrev = ANode;
+  } else {
+    ANode->FOwnNext = ANode->FOwnPrev = ANode;
+    FOwned = ANode;
+  }
+  ++FOwnedCount;
+}
+
+void TGCustomLinkedList::NodeLeaving(TSQNode* ANode) noexcept {
+  for (TGCustomLinkedListEnumerator* E = FEnumerators; E; E = E->FNextEnum)
+    if (E->FNode == ANode) {
+      E->FNode = ANode->FNext;
+      E->FPending = true;
+    }
+}
+
+void TGCustomLinkedList::FreeNode(TSQNode* ANode) noexcept {
+  NodeLeaving(ANode);
+  if (ANode->FOwnNext == ANode) {
+    FOwned = nullptr;
+  } else {
+    ANode->FOwnPrev->FOwnNext = ANode->FOwnNext;
+    ANode->FOwnNext->FOwnPrev = ANode->FOwnPrev;
+    if (FOwned == ANode) FOwned = ANode->FOwnNext;
+  }
+  --FOwnedCount;
+  delete ANode;
+}
+
+void TGCustomLinkedList::FreeAll() noexcept {
+  for (TGCustomLinkedListEnumerator* E = FEnumerators; E; E = E->FNextEnum) {
+    E->FNode = nullptr;
+    E->FPending = false;
+    E->FEnded = true;
+  }
+  TSQNode* N = FOwned;
+  for (std::int32_t I = 0; I < FOwnedCount; ++I) {
+    TSQNode* Following = N->FOwnNext;
+    delete N;
+    N = Following;
+  }
+  FOwned = nullptr;
+  FOwnedCount = 0;
+}
+
+TSQNode* TGCustomLinkedList::Step(TSQNode* N) {
+  if (!N) RaiseNullAccess(u"list node");
+  return N->FNext;
+}
+
+void TGCustomLinkedList::CheckSteps(std::int32_t Steps) const {
+  if (Steps > FOwnedCount) throw EListError(SBrokenLinks);
+}
+
+TGCustomLinkedListEnumerator::TGCustomLinkedListEnumerator(TGCustomLinkedList* List) : FList(List) {
+  if (!List) RaiseNullAccess(u"list");
+  FNextEnum = List->FEnumerators;
+  if (FNextEnum) FNextEnum->FPrevEnum = this;
+  List->FEnumerators = this;
+}
+
+TGCustomLinkedListEnumerator::~TGCustomLinkedListEnumerator() {
+  if (!FList) return;
+  if (FPrevEnum)
+    FPrevEnum->FNextEnum = FNextEnum;
+  else
+    FList->FEnumerators = FNextEnum;
+  if (FNextEnum) FNextEnum->FPrevEnum = FPrevEnum;
+}
+
+bool TGCustomLinkedListEnumerator::MoveNext() {
+  if (!FList) RaiseNullAccess(u"list of the enumerator");
+  if (FEnded) return false;
+  if (FPending) {
+    FPending = false;
+    if (FNode) return true;
+    FEnded = true;
+    return false;
+  }
+  if (!FNode) {
+    FNode = FList->FHead;
+    return FNode != nullptr;
+  }
+  if (!FNode->FNext) return false;
+  FNode = FNode->FNext;
+  return true;
+}
+
+std::unique_ptr<TGCustomLinkedListEnumerator> TGCustomLinkedList::GetEnumerator() {
+  return std::make_unique<TGCustomLinkedListEnumerator>(this);
+}
+
+// ---------------------------------------------------------------------------------------------
+// TGCustomLinkedList
+
+void TGCustomLinkedList::Change() {
+  FLastAccessedIndex = -1;
+  if (!FUpdateCount.Updating() && FOnChange) FOnChange(this);
+}
+
+void TGCustomLinkedList::BeginUpdate() { FUpdateCount.Begin(); }
+
+void TGCustomLinkedList::EndUpdate() {
+  const bool Closed = FUpdateCount.End();
+  if (Closed || !FUpdateCount.Updating()) Change();
+}
+
+std::unique_ptr<TSQNode> TGCustomLinkedList::NewNode() const { return std::make_unique<TSQNode>(); }
+
+TSQNode* TGCustomLinkedList::Add(TObject* AnObject) {
+  std::unique_ptr<TSQNode> Node = NewNode();
+  Node->SetItem(AnObject);
+  AddNode(Node.get());
+  return Node.release();
+}
+
+TSQNode* TGCustomLinkedList::AddNode(TSQNode* ANode) { return Insert(ANode, nullptr); }
+
+TSQNode* TGCustomLinkedList::Insert(TSQNode* ANode, TSQNode* BeforeNode) {
+  CheckFree(ANode);
+  if (!BeforeNode) {
+    if (!FTail)
+      FHead = ANode;
+    else
+      FTail->FNext = ANode;
+    FTail = ANode;
+    FLastAccessedIndex = FCount;
+  } else {
+    TSQNode* Prev = Find(BeforeNode);
+    if (BeforeNode == FLastAccessedNode) ++FLastAccessedIndex;
+    if (!Prev)
+      FHead = ANode;
+    else
+      Prev->FNext = ANode;
+    ANode->FNext = BeforeNode;
+  }
+  FLastAccessedNode = ANode;
+  ++FCount;
+  Adopt(ANode);
+  Change();
+  return ANode;
+}
+
+void TGCustomLinkedList::Delete(TSQNode* ANode) {
+  if (!ANode) throw EListError(SInvalidIndex);
+  TSQNode* Prev = Find(ANode);
+  if (ANode == FLastAccessedNode) FLastAccessedNode = ANode->FNext;
+  if (Prev) {
+    Prev->FNext = ANode->FNext;
+    if (ANode == FTail) FTail = Prev;
+  } else {
+    FHead = ANode->FNext;
+    if (ANode == FTail) FTail = nullptr;
+  }
+  FreeNode(ANode);
+  --FCount;
+  Reset();
+  Change();
+}
+
+TSQNode* TGCustomLinkedList::Find(TSQNode* ANode) const {
+  if (FCount == 0) throw EListError(SListEmpty);
+  if (!ANode) throw EListError(SInvalidIndex);
+  TSQNode* Prev = nullptr;
+  std::int32_t Steps = 0;
+  for (TSQNode* N = FHead; N; N = N->FNext) {
+    if (N == ANode) return Prev;
+    CheckSteps(++Steps);
+    Prev = N;
+  }
+  throw EListError(SNodeNotFound);
+}
+
+TSQNode* TGCustomLinkedList::GetNode(std::int32_t Index) const {
+  if (Index < 0 || Index >= FCount) throw EListError(SInvalidIndex);
+  TSQNode* N;
+  std::int32_t Steps;
+  if (0 <= FLastAccessedIndex && FLastAccessedIndex <= Index) {
+    N = FLastAccessedNode;
+    Steps = Index - FLastAccessedIndex;
+  } else {
+    N = FHead;
+    Steps = Index;
+  }
+  for (; Steps > 0; --Steps) N = Step(N);
+  if (!N) RaiseNullAccess(u"list node");
+  FLastAccessedIndex = Index;
+  FLastAccessedNode = N;
+  return N;
+}
+
+void TGCustomLinkedList::SetNode(std::int32_t Index, TSQNode* Value) {
+  TSQNode* Old = GetNode(Index);
+  if (Value == Old) return;
+  CheckFree(Value);
+  Value->FNext = Old->FNext;
+  TSQNode* Prev = Find(Old);
+  if (!Prev)
+    FHead = Value;
+  else
+    Prev->FNext = Value;
+  Adopt(Value);
+  // Old stays owned (and the cursor and perhaps the tail on it) until Clear.
+  NodeLeaving(Old);
+  Change();
+}
+
+void TGCustomLinkedList::AddCopies(TGCustomLinkedList* Source, bool CopyPriority) {
+  if (!Source) RaiseNullAccess(u"source list");
+  WithinUpdate(*this, [&] {
+    TSQNode* N = Source->FHead;
+    // Bounded by the source's count at the start, so that a list copied into itself ends.
+    for (std::int32_t Left = Source->FCount; N && Left > 0; --Left) {
+      std::unique_ptr<TSQNode> Copy = NewNode();
+      Copy->Assign(N);
+      if (CopyPriority) {
+        if (auto* From = dynamic_cast<TSQPriorityNode*>(N))
+          if (auto* To = dynamic_cast<TSQPriorityNode*>(Copy.get())) To->SetPriority(From->GetPriority());
+        if (auto* From = dynamic_cast<TSQPriorityStringNode*>(N))
+          if (auto* To = dynamic_cast<TSQPriorityStringNode*>(Copy.get())) To->SetPriority(From->GetPriority());
+      }
+      N = N->FNext;
+      AddNode(Copy.get());
+      Copy.release();
+    }
+  });
+}
+
+void TGCustomLinkedList::AddLinkedList(TGCustomLinkedList* LinkedList) { AddCopies(LinkedList, false); }
+
+void TGCustomLinkedList::AddStackCopies(TGCustomLinkedList* Source) {
+  if (!Source) RaiseNullAccess(u"source stack");
+  TSQNode* OldHead = FHead;
+  TSQNode* Prev = nullptr;
+  TSQNode* N = Source->FHead;
+  for (std::int32_t Left = Source->FCount; N && Left > 0; --Left) {
+    std::unique_ptr<TSQNode> Copy = NewNode();
+    Copy->Assign(N);
+    TSQNode* New = Copy.release();
+    Adopt(New);
+    if (!Prev)
+      FHead = New;
+    else
+      Prev->FNext = New;
+    New->FNext = OldHead;
+    Prev = New;
+    ++FCount;
+    N = N->FNext;
+  }
+  if (!OldHead && Prev) FTail = Prev;
+  Change();
+}
+
+void TGCustomLinkedList::Assign(TPersistent* Source) {
+  if (auto* List = dynamic_cast<TGCustomLinkedList*>(Source)) {
+    WithinUpdate(*this, [&] {
+      Clear();
+      AddLinkedList(List);
+    });
+  } else if (auto* Pointers = dynamic_cast<TList*>(static_cast<TObject*>(Source))) {
+    WithinUpdate(*this, [&] {
+      Clear();
+      for (std::int32_t I = 0; I < Pointers->GetCount(); ++I) Add(static_cast<TObject*>(Pointers->GetItem(I)));
+    });
+  } else {
+    inherited::Assign(Source);
+  }
+}
+
+void TGCustomLinkedList::Clear() {
+  std::int32_t Steps = 0;
+  for (TSQNode* N = FHead; N && Steps < FOwnedCount; N = N->FNext, ++Steps) --FCount;
+  FreeAll();
+  FHead = nullptr;
+  FTail = nullptr;
+  FLastAccessedIndex = -1;
+  FLastAccessedNode = nullptr;
+  Change();
+}
+
+std::int32_t TGCustomLinkedList::IndexOfItem(const TObject* AnObject) const {
+  Reset();
+  for (std::int32_t Steps = 0; !EndOfList(); CheckSteps(++Steps))
+    if (Next()->GetItem() == AnObject) return FLastAccessedIndex - 1;
+  return -1;
+}
+
+TSQNode* TGCustomLinkedList::FindItem(const TObject* AnObject) const {
+  std::int32_t Steps = 0;
+  for (TSQNode* N = FHead; N; N = N->FNext, CheckSteps(++Steps))
+    if (N->FItem == AnObject) return N;
+  return nullptr;
+}
+
+void TGCustomLinkedList::Reset() const {
+  FLastAccessedIndex = 0;
+  FLastAccessedNode = FHead;
+}
+
+TSQNode* TGCustomLinkedList::Next() const {
+  TSQNode* Result = FLastAccessedNode;
+  if (!Result) throw EListError(SEndOfList);
+  FLastAccessedIndex = static_cast<std::int32_t>(static_cast<std::uint32_t>(FLastAccessedIndex) + 1u);
+  FLastAccessedNode = Result->FNext;
+  return Result;
+}
+
+// ---------------------------------------------------------------------------------------------
+// TGDoublyLinkedList
+
+std::unique_ptr<TSQNode> TGDoublyLinkedList::NewNode() const { return std::make_unique<TSQDoubleNode>(); }
+
+TSQNode* TGDoublyLinkedList::GetNode(std::int32_t Index) const {
+  if (Index < 0 || Index >= FCount) throw EListError(SInvalidIndex);
+  const std::int32_t FromTail = FCount - Index - 1;
+  if (FromTail > Index) return inherited::GetNode(Index);
+  TSQNode* N = FTail;
+  for (std::int32_t Steps = FromTail; Steps > 0; --Steps) {
+    if (!N) RaiseNullAccess(u"list node");
+    N = As<TSQDoubleNode>(N)->FPrevious;
+  }
+  if (!N) RaiseNullAccess(u"list node");
+  FLastAccessedIndex = Index;
+  FLastAccessedNode = N;
+  return N;
+}
+
+void TGDoublyLinkedList::SetNode(std::int32_t Index, TSQNode* Value) {
+  auto* New = As<TSQDoubleNode>(Value);
+  auto* Old = As<TSQDoubleNode>(GetNode(Index));
+  if (New == Old) return;
+  CheckFree(New);
+  New->FNext = Old->FNext;
+  New->FPrevious = Old->FPrevious;
+  // The neighbours still point at Old, so Old stays where it is; New is kept, unlinked.
+  Adopt(New);
+  Change();
+}
+
+void TGDoublyLinkedList::Delete(TSQNode* ANode) {
+  TSQNode* Prev = Find(ANode);
+  TSQNode* Following = ANode->GetNext();
+  WithinUpdate(*this, [&] {
+    inherited::Delete(ANode);
+    if (Following) As<TSQDoubleNode>(Following)->FPrevious = As<TSQDoubleNode>(Prev);
+  });
+}
+
+TSQNode* TGDoublyLinkedList::Insert(TSQNode* ANode, TSQNode* BeforeNode) {
+  auto* Node = As<TSQDoubleNode>(ANode);
+  CheckFree(Node);
+  // Checked before the update opens, so that a refused insert does not notify.
+  if (BeforeNode) (void)Find(BeforeNode);
+  WithinUpdate(*this, [&] {
+    if (!BeforeNode) Node->FPrevious = As<TSQDoubleNode>(FTail);
+    inherited::Insert(Node, BeforeNode);
+    if (BeforeNode) {
+      auto* Before = As<TSQDoubleNode>(BeforeNode);
+      Node->FPrevious = Before->FPrevious;
+      Before->FPrevious = Node;
+    }
+  });
+  return Node;
+}
+
+}  // namespace kz

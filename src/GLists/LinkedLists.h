@@ -1,0 +1,197 @@
+// Singly and doubly linked lists of object references sharing one cursor for indexed access,
+// walks and searches.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "GLists/Nodes.h"
+#include "Runtime/Persistent.h"
+#include "Runtime/UpdateCounter.h"
+
+namespace kz {
+
+class TList;
+class TGCustomLinkedListEnumerator;
+
+/// Base of every linked list: a chain of nodes from Head to Tail. The list owns its nodes
+/// (never their items) and frees them on Delete, Clear and destruction. Every structural
+/// change calls Change, which forgets the cursor index and fires OnChange outside updates.
+/// Errors are EListError with the unit's messages; a failed check in Insert or Delete
+/// leaves the list unchanged.
+///
+/// The cursor (FLastAccessedIndex, FLastAccessedNode) is shared: GetNode moves it, Next
+/// walks on from it, IndexOfItem leaves it behind the match. An ascending GetNode/GetItem
+/// loop is one step per call; anything else walks from the head (O(n)). Delete, Insert
+/// before a node and SetNode search the predecessor from the head (O(n)); appending and
+/// removing the head are O(1).
+///
+/// Nodes the chain no longer reaches but something may still read stay alive, owned by the
+/// list, until Clear or destruction: see SetNode here and in TGDoublyLinkedList, and
+/// TGPriorityStringQueue::Insert. Clear also forgets the cursor node, so no walk continues
+/// into freed nodes. Walks that meet a missing link raise EAccessViolation; links that run
+/// on past every node the list owns (a cycle made through SetNext) raise "Node links do not
+/// reach the end of the list".
+class TGCustomLinkedList : public TPersistent {
+ public:
+  using TMeta = TMetaClassOf<TGCustomLinkedList>;
+  KZ_CLASS(TGCustomLinkedList, TPersistent)
+ public:
+  TGCustomLinkedList() = default;
+  /// Silences OnChange, then frees every node it owns. Enumerators still alive raise
+  /// EAccessViolation when used afterwards.
+  ~TGCustomLinkedList() override;
+
+  /// From a linked list: Clear, then copies of its nodes through AddLinkedList; from a
+  /// TList: Clear, then Add of each entry. One notification. Anything else raises the
+  /// assign error.
+  void Assign(TPersistent* Source) override;
+
+  /// The node at Index (0..Count-1, else "Invalid Index"); moves the cursor there.
+  [[nodiscard]] virtual TSQNode* GetNode(std::int32_t Index) const;
+  /// Replaces the node at Index by Value, which the list adopts. The replaced node is not
+  /// freed but kept, out of the chain, until Clear: the tail reference stays on it when it
+  /// was the last node (later appends hang behind it, counted but out of the chain from
+  /// Head) and the cursor stays on it, so a walk goes on with its old successor.
+  virtual void SetNode(std::int32_t Index, TSQNode* Value);
+  /// Appends copies (NewNode + Assign) of LinkedList's nodes, as far as its Count at the
+  /// start, through AddNode, in one update. Null raises EAccessViolation.
+  virtual void AddLinkedList(TGCustomLinkedList* LinkedList);
+  virtual void BeginUpdate();
+  /// Frees every node; Count drops by one per node of the chain from Head. Notifies, also
+  /// when empty.
+  virtual void Clear();
+  /// Closes an update; at depth 0 (also for an EndUpdate without BeginUpdate) calls Change.
+  virtual void EndUpdate();
+  /// Links ANode where this list adds (here: Insert(ANode, null)).
+  virtual TSQNode* AddNode(TSQNode* ANode);
+  /// Unlinks and frees ANode (not its item), then resets the walk. Null raises "Invalid
+  /// Index"; then as Find.
+  virtual void Delete(TSQNode* ANode);
+  /// The node in front of ANode (null for the head). Raises "List is empty", then "Invalid
+  /// Index" for null, then "Cannot find node within list".
+  [[nodiscard]] virtual TSQNode* Find(TSQNode* ANode) const;
+  /// Links ANode in front of BeforeNode, or at the end when BeforeNode is null, and adopts
+  /// it; answers ANode. ANode must be a free node (null raises EAccessViolation, a node of
+  /// a list "Node already belongs to a list"); after an error the caller still owns it.
+  virtual TSQNode* Insert(TSQNode* ANode, TSQNode* BeforeNode);
+  /// A fresh node of this list's node class.
+  [[nodiscard]] virtual std::unique_ptr<TSQNode> NewNode() const;
+
+  /// A new node holding AnObject, added by AddNode.
+  TSQNode* Add(TObject* AnObject);
+  /// The first node holding AnObject (identity), or null; the cursor stays.
+  [[nodiscard]] TSQNode* FindItem(const TObject* AnObject) const;
+  /// Zero-based index of the first node holding AnObject, or -1. Walks with the cursor.
+  [[nodiscard]] std::int32_t IndexOfItem(const TObject* AnObject) const;
+  [[nodiscard]] TObject* GetItem(std::int32_t Index) const { return GetNode(Index)->GetItem(); }
+  void SetItem(std::int32_t Index, TObject* Value) { GetNode(Index)->SetItem(Value); }
+
+  /// Starts a walk at the head.
+  void Reset() const;
+  /// The cursor node; then the cursor moves on. "End of list" when the cursor is null.
+  TSQNode* Next() const;
+  /// True when the cursor node is null.
+  [[nodiscard]] bool EndOfList() const { return FLastAccessedNode == nullptr; }
+
+  [[nodiscard]] std::int32_t GetCount() const { return FCount; }
+  [[nodiscard]] bool IsEmpty() const { return FCount == 0; }
+  [[nodiscard]] bool GetEmpty() const { return IsEmpty(); }
+  [[nodiscard]] TSQNode* GetHead() const { return FHead; }
+  [[nodiscard]] TSQNode* GetTail() const { return FTail; }
+  const TNotifyEvent& GetOnChange() const { return FOnChange; }
+  void SetOnChange(TNotifyEvent Handler) { FOnChange = std::move(Handler); }
+
+  /// A fresh enumerator of the nodes, independent of the cursor.
+  [[nodiscard]] std::unique_ptr<TGCustomLinkedListEnumerator> GetEnumerator();
+
+ protected:
+  /// Forgets the cursor index (always), then fires OnChange unless inside an update.
+  virtual void Change();
+  /// Appends copies of Source's nodes; CopyPriority also copies priorities between
+  /// priority nodes.
+  void AddCopies(TGCustomLinkedList* Source, bool CopyPriority);
+  /// Puts copies of Source's nodes, in Source's order, in front of the head. One Change.
+  void AddStackCopies(TGCustomLinkedList* Source);
+  /// Raises unless ANode may be adopted.
+  void CheckFree(const TSQNode* ANode) const;
+  /// Takes ownership of ANode without linking it.
+  void Adopt(TSQNode* ANode) noexcept;
+  /// Frees a node this list owns.
+  void FreeNode(TSQNode* ANode) noexcept;
+  /// Tells the enumerators that ANode leaves the chain (they go on with its successor).
+  void NodeLeaving(TSQNode* ANode) noexcept;
+  /// The node after N on a walk; raises when N is null.
+  static TSQNode* Step(TSQNode* N);
+  /// Raises "Node links do not reach the end of the list" once a walk took more steps
+  /// than there are nodes.
+  void CheckSteps(std::int32_t Steps) const;
+
+  mutable std::int32_t FLastAccessedIndex = -1;
+  mutable TSQNode* FLastAccessedNode = nullptr;
+  std::int32_t FCount = 0;
+  TSQNode* FHead = nullptr;
+  TSQNode* FTail = nullptr;
+  TNotifyEvent FOnChange;
+  TUpdateCounter<ueIgnore> FUpdateCount;
+
+ private:
+  friend class TGCustomLinkedListEnumerator;
+  void FreeAll() noexcept;
+
+  TSQNode* FOwned = nullptr;  // the ownership ring
+  std::int32_t FOwnedCount = 0;
+  TGCustomLinkedListEnumerator* FEnumerators = nullptr;
+};
+
+using TGCustomLinkedListClass = const TGCustomLinkedList::TMeta*;
+
+/// Walks the nodes from the head: the first MoveNext goes to the head, each further one to
+/// the next node; at the end it answers false and stays on the last node. A node deleted
+/// while the enumerator stands on it is stepped over to its successor. Used after its list
+/// is destroyed it raises EAccessViolation.
+class TGCustomLinkedListEnumerator : public TObject {
+  KZ_CLASS(TGCustomLinkedListEnumerator, TObject)
+ public:
+  explicit TGCustomLinkedListEnumerator(TGCustomLinkedList* List);
+  ~TGCustomLinkedListEnumerator() override;
+
+  bool MoveNext();
+  [[nodiscard]] TSQNode* GetCurrent() const { return FNode; }
+
+ private:
+  friend class TGCustomLinkedList;
+  TSQNode* FNode = nullptr;
+  TGCustomLinkedList* FList;
+  bool FPending = false;  // FNode is the successor of a node that left: MoveNext answers it
+  bool FEnded = false;
+  TGCustomLinkedListEnumerator* FPrevEnum = nullptr;
+  TGCustomLinkedListEnumerator* FNextEnum = nullptr;
+};
+
+/// The singly linked list of object references.
+class TGLinkedList : public TGCustomLinkedList {
+  KZ_CLASS(TGLinkedList, TGCustomLinkedList)
+};
+
+/// A linked list of TSQDoubleNode that also links back. GetNode reaches the back half
+/// (FCount - Index - 1 <= Index) from the tail. Insert, Delete and SetNode take double
+/// nodes only (EInvalidCast otherwise).
+class TGDoublyLinkedList : public TGLinkedList {
+  KZ_CLASS(TGDoublyLinkedList, TGLinkedList)
+ public:
+  [[nodiscard]] TSQNode* GetNode(std::int32_t Index) const override;
+  /// Value takes the replaced node's links, but neither the neighbours nor Head and Tail
+  /// are pointed at it: the replaced node stays alive and in the chain, and Value is kept,
+  /// outside the chain, until Clear. One notification.
+  void SetNode(std::int32_t Index, TSQNode* Value) override;
+  void Delete(TSQNode* ANode) override;
+  /// One notification.
+  TSQNode* Insert(TSQNode* ANode, TSQNode* BeforeNode) override;
+  [[nodiscard]] std::unique_ptr<TSQNode> NewNode() const override;
+
+  [[nodiscard]] TSQDoubleNode* GetHead() const { return As<TSQDoubleNode>(FHead); }
+  [[nodiscard]] TSQDoubleNode* GetTail() const { return As<TSQDoubleNode>(FTail); }
+};
+
+}  // namespace kz
