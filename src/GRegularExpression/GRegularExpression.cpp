@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
+#include <unordered_set>
 
 namespace kz {
 
@@ -328,6 +329,72 @@ bool TGRegularExpression::MatchSubString(const AnsiString& Text, std::int32_t St
   return false;
 }
 
+// Over-approximates what the first two characters of a match can be. A start position whose
+// character, or whose next character, no match can begin with fails at its first or second
+// step; skipping it changes no answer.
+struct TGRegularExpression::TScanFilter {
+  bool CanBeEmpty = false;      // the start reaches the end without consuming
+  bool CanEndAfterOne = false;  // ... or after one character
+  TCharSet First;
+  TCharSet Second;
+
+  bool Begins[256];
+  bool Continues[256];
+
+  explicit TScanFilter(const TGRegularExpression& R) {
+    std::vector<std::int32_t> AfterFirst;
+    CanBeEmpty = Close(R, {R.FStartState}, First, &AfterFirst);
+    if (!CanBeEmpty) CanEndAfterOne = Close(R, AfterFirst, Second, nullptr);
+    // Indexed by the text's own bytes; matching folds them first.
+    for (unsigned Ch = 0; Ch < 256; ++Ch) {
+      const unsigned char Folded = Code(R.Fold(static_cast<char>(Ch)));
+      Begins[Ch] = First.test(Folded);
+      Continues[Ch] = CanEndAfterOne || Second.test(Folded);
+    }
+  }
+
+  // Walks the empty moves from Starts: collects what the consuming states accept and where
+  // they lead; true when the accepting state is reached.
+  static bool Close(const TGRegularExpression& R, std::vector<std::int32_t> Pending, TCharSet& Accepted,
+                    std::vector<std::int32_t>* Successors) {
+    const auto Count = static_cast<std::int32_t>(R.FStates.size());
+    std::vector<bool> Seen(R.FStates.size(), false);
+    bool Terminal = false;
+    while (!Pending.empty()) {
+      const std::int32_t N = Pending.back();
+      Pending.pop_back();
+      if (N < 0 || N >= Count || Seen[static_cast<std::size_t>(N)]) continue;
+      Seen[static_cast<std::size_t>(N)] = true;
+      const TRegExState& S = R.FStates[static_cast<std::size_t>(N)];
+      switch (S.MatchType) {
+        case reNone:
+          Pending.push_back(S.NextState1);
+          Pending.push_back(S.NextState2);
+          continue;
+        case reTerminal: Terminal = true; continue;
+        case reAnyChar: Accepted.set(); break;
+        case reChar: Accepted.set(Code(S.Character)); break;
+        case reCharSet: Accepted |= S.CharSet; break;
+        case reNotCharSet: Accepted |= ~S.CharSet; break;
+        default: continue;
+      }
+      if (Successors) Successors->push_back(S.NextState1);
+    }
+    return Terminal;
+  }
+
+  // The next start at or after Start (1-based) worth trying, or Length + 1.
+  std::int32_t NextStart(const AnsiString& Text, std::int32_t Start, std::int32_t Length) const {
+    if (CanBeEmpty) return Start;
+    const auto* Data = reinterpret_cast<const unsigned char*>(Text.data());
+    for (; Start <= Length; ++Start) {
+      if (!Begins[Data[Start - 1]]) continue;
+      if (Start == Length || Continues[Data[Start]]) return Start;
+    }
+    return Start;
+  }
+};
+
 std::int32_t TGRegularExpression::Match(const AnsiString& Text, std::int32_t StartPos, std::int32_t& Len,
                                         bool MatchAllChars) {
   Len = 0;
@@ -344,8 +411,10 @@ std::int32_t TGRegularExpression::Match(const AnsiString& Text, std::int32_t Sta
   if (StartPos < 1) StartPos = 1;
   if (FAnchorStart) return StartPos == 1 && MatchSubString(Text, 1, MatchAllChars, Len) ? 1 : 0;
   if (!MatchAllChars) {
+    const TScanFilter Filter(*this);
     const auto Length = static_cast<std::int32_t>(std::min<std::size_t>(Text.size(), INT32_MAX));
-    for (std::int32_t Start = StartPos; Start <= Length; ++Start)
+    for (std::int32_t Start = Filter.NextStart(Text, StartPos, Length); Start <= Length;
+         Start = Filter.NextStart(Text, Start + 1, Length))
       if (MatchSubString(Text, Start, false, Len)) return Start;
     return 0;
   }
@@ -405,6 +474,7 @@ TRXStringArray TGRegularExpression::Examples() {
   std::vector<bool> OnPath(static_cast<std::size_t>(Count), false);
   OnPath[static_cast<std::size_t>(FStartState)] = true;
   AnsiString Text;
+  std::unordered_set<AnsiString> Seen;
   for (std::int64_t Steps = 0; !Stack.empty() && static_cast<std::int32_t>(Result.size()) < FMaxExamples &&
                                Steps < MaxExampleSteps;
        ++Steps) {
@@ -413,7 +483,7 @@ TRXStringArray TGRegularExpression::Examples() {
     std::int32_t Next = -1;
     bool Done = false;
     if (S.MatchType == reTerminal) {
-      if (std::find(Result.begin(), Result.end(), Text) == Result.end()) Result.push_back(Text);
+      if (Seen.insert(Text).second) Result.push_back(Text);
       Done = true;
     } else if (S.MatchType == reNone) {
       Done = F.Tried == 2;

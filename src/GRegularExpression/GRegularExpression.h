@@ -62,8 +62,8 @@ using TRXIntegerArray = std::vector<std::int32_t>;
 /// with empty moves explored first-successor first, so a star stops as early as it can and
 /// a match may be empty. Each state is expanded at most once per text position, which gives
 /// the same answers as expanding every queued copy and keeps cycles of empty moves (`(a*)*`)
-/// finite: a match costs O(text length x states) per start position and allocates nothing
-/// per character.
+/// finite: a match costs O(text length x states) per start position tried and allocates
+/// nothing per character. Start positions whose first two characters cannot begin a match are skipped.
 class TGRegularExpression : public TPersistent {
   KZ_CLASS(TGRegularExpression, TPersistent)
  public:
@@ -118,6 +118,7 @@ class TGRegularExpression : public TPersistent {
   class TCompiler;
 
   std::int32_t AnchorStep();
+  struct TScanFilter;
   [[nodiscard]] char Fold(char Ch) const;
 
   // Matching scratch kept between calls so that matching allocates nothing per character:
