@@ -10,7 +10,7 @@ using namespace Runtime;
 namespace {
 
 // Package order. None of the units builds global state at start-up.
-constexpr std::array<TPackageUnit, 14> GUnits{{
+constexpr std::array<TPackageUnit, 16> GUnits{{
     {"Runtime", nullptr, nullptr},
     {"KZConstants", nullptr, nullptr},
     {"KZMessages", nullptr, nullptr},
@@ -22,6 +22,8 @@ constexpr std::array<TPackageUnit, 14> GUnits{{
     {"GHashTable", nullptr, nullptr},
     {"GTree", nullptr, nullptr},
     {"GStreams", nullptr, nullptr},
+    {"GParser", nullptr, nullptr},
+    {"GRegularExpression", nullptr, nullptr},
     {"GValue", nullptr, nullptr},
     {"KZVector", nullptr, nullptr},
     {"KZEncodedBits", nullptr, nullptr},

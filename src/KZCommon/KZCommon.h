@@ -16,6 +16,8 @@
 #include "GHashTable/GHashTable.h"
 #include "GTree/GTree.h"
 #include "GStreams/GStreams.h"
+#include "GParser/GParser.h"
+#include "GRegularExpression/GRegularExpression.h"
 #include "GValue/GValue.h"
 #include "KZVector/KZVector.h"
 #include "KZEncodedBits/KZEncodedBits.h"
