@@ -3,4 +3,7 @@
 #pragma once
 
 #include "DataStructures/Messages.h"
+#include "DataStructures/HeapElements.h"
+#include "DataStructures/Heaps.h"
 #include "DataStructures/ObjectContainers.h"
+#include "DataStructures/PriorityQueues.h"
