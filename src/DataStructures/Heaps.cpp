@@ -157,10 +157,15 @@ THeapElement* TCustomHeap::Add(TObject* Item) { return Insert(FElementClass->Cre
 
 THeapElement* TCustomHeap::Insert(std::unique_ptr<THeapElement> Element) {
   THeapElement* E = Element.get();
-  FHeap.reserve(FHeap.size() + 1);
-  FLive.insert(E);
   detail::THeapAccess::SetIndex(E, static_cast<std::int32_t>(FHeap.size()));
-  FHeap.push_back(Element.release());
+  FHeap.push_back(E);
+  try {
+    FLive.insert(E);
+  } catch (...) {
+    FHeap.pop_back();
+    throw;
+  }
+  Element.release();
   try {
     if (FHeap.size() > 1) PushUp(static_cast<std::int32_t>(FHeap.size()) - 1);
   } catch (...) {
@@ -436,10 +441,15 @@ TIHeapElement* TIHeap::PushDown(std::int32_t Index) {
 TIHeapElement* TIHeap::Add(const TIntfPtr<IInterface>& Item) {
   std::unique_ptr<TIHeapElement> Element = FElementClass->Create(Item);
   TIHeapElement* E = Element.get();
-  FHeap.reserve(FHeap.size() + 1);
-  FLive.insert(E);
   detail::THeapAccess::SetIndex(E, GetCount());
-  FHeap.push_back(Element.release());
+  FHeap.push_back(E);
+  try {
+    FLive.insert(E);
+  } catch (...) {
+    FHeap.pop_back();
+    throw;
+  }
+  Element.release();
   try {
     if (FHeap.size() > 1) PushUp(GetCount() - 1);
   } catch (...) {
