@@ -74,74 +74,47 @@ void BM_TPriorityQueue(benchmark::State& State) {
   }
 }
 
-void BM_StdPriorityQueuePairs(benchmark::State& State) {
+// The peers: a container of (priority, object) pairs or of objects compared through them.
+template <class TQueue, bool Pairs>
+void BM_Peer(benchmark::State& State) {
   auto& V = Items();
+  auto Priority = [](const auto& Top) {
+    if constexpr (Pairs)
+      return Top.second->P;
+    else
+      return Top->P;
+  };
   for (auto _ : State) {
-    std::priority_queue<TPair, std::vector<TPair>, TLaterPair> Q;
-    for (TItem& I : V) Q.push({I.P, &I});
-    std::int32_t First = Q.top().first, Last = First;
+    TQueue Q;
+    for (TItem& I : V) {
+      if constexpr (Pairs)
+        Q.push({I.P, &I});
+      else
+        Q.push(&I);
+    }
+    std::int32_t First = Priority(Q.top()), Last = First;
     while (!Q.empty()) {
-      Last = Q.top().second->P;
+      Last = Priority(Q.top());
       Q.pop();
     }
     Check(State, Last, First);
   }
 }
 
-void BM_StdPriorityQueueObjects(benchmark::State& State) {
-  auto& V = Items();
-  for (auto _ : State) {
-    std::priority_queue<TItem*, std::vector<TItem*>, TLater> Q;
-    for (TItem& I : V) Q.push(&I);
-    std::int32_t First = Q.top()->P, Last = First;
-    while (!Q.empty()) {
-      Last = Q.top()->P;
-      Q.pop();
-    }
-    Check(State, Last, First);
-  }
-}
+template <unsigned Arity, class T, class C>
+using TDary = boost::heap::d_ary_heap<T, boost::heap::arity<Arity>, boost::heap::compare<C>>;
 
-template <unsigned Arity>
-void BM_BoostDaryHeapPairs(benchmark::State& State) {
-  auto& V = Items();
-  for (auto _ : State) {
-    boost::heap::d_ary_heap<TPair, boost::heap::arity<Arity>, boost::heap::compare<TLaterPair>> Q;
-    for (TItem& I : V) Q.push({I.P, &I});
-    std::int32_t First = Q.top().first, Last = First;
-    while (!Q.empty()) {
-      Last = Q.top().second->P;
-      Q.pop();
-    }
-    Check(State, Last, First);
-  }
-}
-
-template <unsigned Arity>
-void BM_BoostDaryHeapObjects(benchmark::State& State) {
-  auto& V = Items();
-  for (auto _ : State) {
-    boost::heap::d_ary_heap<TItem*, boost::heap::arity<Arity>, boost::heap::compare<TLater>> Q;
-    for (TItem& I : V) Q.push(&I);
-    std::int32_t First = Q.top()->P, Last = First;
-    while (!Q.empty()) {
-      Last = Q.top()->P;
-      Q.pop();
-    }
-    Check(State, Last, First);
-  }
-}
-
-#define KZ_HEAP_BENCH(...) BENCHMARK(__VA_ARGS__)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(5)->ReportAggregatesOnly(true)
+#define KZ_HEAP_BENCH(...) \
+  BENCHMARK(__VA_ARGS__)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(5)->ReportAggregatesOnly(true)
 
 KZ_HEAP_BENCH(BM_TIntPriorityQueue);
-KZ_HEAP_BENCH(BM_StdPriorityQueuePairs);
-KZ_HEAP_BENCH(BM_BoostDaryHeapPairs<2>);
-KZ_HEAP_BENCH(BM_BoostDaryHeapPairs<4>);
+KZ_HEAP_BENCH(BM_Peer<std::priority_queue<TPair, std::vector<TPair>, TLaterPair>, true>)->Name("StdPriorityQueuePairs");
+KZ_HEAP_BENCH(BM_Peer<TDary<2, TPair, TLaterPair>, true>)->Name("BoostDaryHeap2Pairs");
+KZ_HEAP_BENCH(BM_Peer<TDary<4, TPair, TLaterPair>, true>)->Name("BoostDaryHeap4Pairs");
 KZ_HEAP_BENCH(BM_TPriorityQueue);
-KZ_HEAP_BENCH(BM_StdPriorityQueueObjects);
-KZ_HEAP_BENCH(BM_BoostDaryHeapObjects<2>);
-KZ_HEAP_BENCH(BM_BoostDaryHeapObjects<4>);
+KZ_HEAP_BENCH(BM_Peer<std::priority_queue<TItem*, std::vector<TItem*>, TLater>, false>)->Name("StdPriorityQueueObjects");
+KZ_HEAP_BENCH(BM_Peer<TDary<2, TItem*, TLater>, false>)->Name("BoostDaryHeap2Objects");
+KZ_HEAP_BENCH(BM_Peer<TDary<4, TItem*, TLater>, false>)->Name("BoostDaryHeap4Objects");
 
 }  // namespace
 

@@ -87,8 +87,92 @@ struct TNumeric {
   }
 };
 
+// The object heaps' rules, the same for objects and interface references; Cmp compares items.
+struct TObjectRules {
+  template <class E, class C>
+  static E* PushUp(std::vector<E*>& H, THeapOrder O, std::int32_t I, const C& Cmp) {
+    return SiftUp(H, I, [&](const E* P, const E* K) { return After(O, Cmp(P->GetItem(), K->GetItem())); });
+  }
+  template <class E, class C>
+  static E* PushDown(std::vector<E*>& H, THeapOrder O, std::int32_t I, const C& Cmp) {
+    return SiftDown(
+        H, I, [&](const E* R, const E* L) { return !After(O, Cmp(R->GetItem(), L->GetItem())); },
+        [&](const E* K, const E* X) { return Before(O, Cmp(K->GetItem(), X->GetItem())); });
+  }
+  template <class E, class T, class C>
+  static std::int32_t IndexOf(const std::vector<E*>& H, THeapOrder O, const T& Item, const C& Cmp) {
+    auto Visit = [&](const E* X) {
+      if (After(O, Cmp(X->GetItem(), Item))) return -1;
+      return X->GetItem() == Item ? 1 : 0;
+    };
+    return PreOrderFind(H, 0, Visit);
+  }
+  template <class E, class C>
+  static bool BeforeParent(const std::vector<E*>& H, THeapOrder O, std::int32_t I, const C& Cmp) {
+    const auto U = static_cast<std::size_t>(I);
+    return I > 0 && Before(O, Cmp(H[U]->GetItem(), H[(U - 1) / 2]->GetItem()));
+  }
+};
+
+#define KZ_HEAP_CMP [this](const auto& A, const auto& B) { return Compare(A, B); }
+
 using TIntOps = TNumeric<TIntHeapElement>;
 using TFloatOps = TNumeric<TFloatHeapElement>;
+
+// Appends Element and sifts it up with Up; when anything raises the element is taken out
+// and freed again.
+template <class E, class FUp>
+E* InsertElement(std::vector<E*>& H, std::unordered_set<const void*>& Live, std::unique_ptr<E> Element, FUp Up) {
+  E* X = Element.get();
+  detail::THeapAccess::SetIndex(X, static_cast<std::int32_t>(H.size()));
+  H.push_back(X);
+  try {
+    Live.insert(X);
+  } catch (...) {
+    H.pop_back();
+    throw;
+  }
+  Element.release();
+  try {
+    if (H.size() > 1) Up(static_cast<std::int32_t>(H.size()) - 1);
+  } catch (...) {
+    // The sift swaps whole steps, so the element is somewhere on its path with a true Index.
+    delete TakeOut(H, X->GetIndex());
+    Live.erase(X);
+    throw;
+  }
+  return X;
+}
+
+template <class E>
+void FreeElements(std::vector<E*>& H, std::unordered_set<const void*>& Live) {
+  std::vector<E*> Old;
+  Old.swap(H);
+  Live.clear();
+  for (E* X : Old) delete X;
+}
+
+// Clones of a heap's elements, made before the receiving heap changes, then swapped in.
+template <class E>
+struct TClones {
+  std::vector<E*> Heap;
+  std::unordered_set<const void*> Live;
+
+  explicit TClones(const std::vector<E*>& Source) {
+    std::vector<std::unique_ptr<E>> Copies;
+    Copies.reserve(Source.size());
+    for (const E* X : Source) Copies.push_back(X->Clone());
+    Live.reserve(Copies.size());
+    for (const auto& X : Copies) Live.insert(X.get());
+    Heap.reserve(Copies.size());
+    for (auto& X : Copies) Heap.push_back(X.release());
+  }
+  ~TClones() { FreeElements(Heap, Live); }
+  void MoveInto(std::vector<E*>& H, std::unordered_set<const void*>& L) {
+    H.swap(Heap);
+    L.swap(Live);
+  }
+};
 
 [[noreturn]] void NotInHeap() { throw EInvalidOperation(SElementNotInHeap); }
 
@@ -102,9 +186,7 @@ TCustomHeap::TCustomHeap(THeapElementClass ElementClass) : FElementClass(Element
   if (!ElementClass) RaiseNullAccess(u"heap element class");
 }
 
-TCustomHeap::~TCustomHeap() {
-  for (THeapElement* E : FHeap) delete E;
-}
+TCustomHeap::~TCustomHeap() { FreeElements(FHeap, FLive); }
 
 void TCustomHeap::CheckIndex(std::int32_t Index) const {
   if (Index < 0 || Index >= static_cast<std::int32_t>(FHeap.size())) throw EListError(SListIndexError, {Index});
@@ -126,18 +208,10 @@ void TCustomHeap::Assign(TPersistent* Source) {
   if (const TMetaClass* Required = RequiredElementClass())
     for (const THeapElement* E : Other->FHeap)
       if (!E->InheritsFrom(Required)) throw EInvalidCast(SInvalidCast);
-  std::vector<std::unique_ptr<THeapElement>> Copies;
-  Copies.reserve(Other->FHeap.size());
-  for (const THeapElement* E : Other->FHeap) Copies.push_back(E->Clone());
-  std::unordered_set<const void*> Live(Other->FHeap.size());
-  for (const auto& E : Copies) Live.insert(E.get());
-  std::vector<THeapElement*> Heap;
-  Heap.reserve(Copies.size());
+  TClones<THeapElement> Copies(Other->FHeap);
   Clear();
   FOrder = Other->FOrder;
-  for (auto& E : Copies) Heap.push_back(E.release());
-  FHeap.swap(Heap);
-  FLive.swap(Live);
+  Copies.MoveInto(FHeap, FLive);
 }
 
 TObject* TCustomHeap::GetItem(std::int32_t Index) const { return GetElement(Index)->GetItem(); }
@@ -156,33 +230,10 @@ void TCustomHeap::SetOrder(THeapOrder Value) {
 THeapElement* TCustomHeap::Add(TObject* Item) { return Insert(FElementClass->Create(Item)); }
 
 THeapElement* TCustomHeap::Insert(std::unique_ptr<THeapElement> Element) {
-  THeapElement* E = Element.get();
-  detail::THeapAccess::SetIndex(E, static_cast<std::int32_t>(FHeap.size()));
-  FHeap.push_back(E);
-  try {
-    FLive.insert(E);
-  } catch (...) {
-    FHeap.pop_back();
-    throw;
-  }
-  Element.release();
-  try {
-    if (FHeap.size() > 1) PushUp(static_cast<std::int32_t>(FHeap.size()) - 1);
-  } catch (...) {
-    // The sift swaps whole steps, so the element is somewhere on its path with a true Index.
-    delete TakeOut(FHeap, E->GetIndex());
-    FLive.erase(E);
-    throw;
-  }
-  return E;
+  return InsertElement(FHeap, FLive, std::move(Element), [this](std::int32_t I) { PushUp(I); });
 }
 
-void TCustomHeap::Clear() {
-  std::vector<THeapElement*> Heap;
-  Heap.swap(FHeap);
-  FLive.clear();
-  for (THeapElement* E : Heap) delete E;
-}
+void TCustomHeap::Clear() { FreeElements(FHeap, FLive); }
 
 TObject* TCustomHeap::Remove(std::int32_t Index) {
   CheckIndex(Index);
@@ -212,36 +263,22 @@ std::int32_t THeap::Compare(TObject* A, TObject* B) const {
 
 THeapElement* THeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
-  return SiftUp(FHeap, Index, [this](const THeapElement* P, const THeapElement* C) {
-    return After(FOrder, Compare(P->GetItem(), C->GetItem()));
-  });
+  return TObjectRules::PushUp(FHeap, FOrder, Index, KZ_HEAP_CMP);
 }
 
 THeapElement* THeap::PushDown(std::int32_t Index) {
   CheckIndex(Index);
-  return SiftDown(
-      FHeap, Index,
-      [this](const THeapElement* R, const THeapElement* L) { return !After(FOrder, Compare(R->GetItem(), L->GetItem())); },
-      [this](const THeapElement* K, const THeapElement* I) { return Before(FOrder, Compare(K->GetItem(), I->GetItem())); });
+  return TObjectRules::PushDown(FHeap, FOrder, Index, KZ_HEAP_CMP);
 }
 
-std::int32_t THeap::IndexOf(TObject* Item) const {
-  auto Visit = [&](const THeapElement* E) {
-    if (After(FOrder, Compare(E->GetItem(), Item))) return -1;
-    return E->GetItem() == Item ? 1 : 0;
-  };
-  return PreOrderFind(FHeap, 0, Visit);
-}
+std::int32_t THeap::IndexOf(TObject* Item) const { return TObjectRules::IndexOf(FHeap, FOrder, Item, KZ_HEAP_CMP); }
 
 TObject* THeap::Delete(std::int32_t Index) {
   CheckIndex(Index);
   const std::int32_t Count = HeapCount();
   if (Index != Count - 1 && Count >= 3) CheckCompare();  // refuse before anything moves
   TObject* Result = Remove(Index);
-  if (Index > 0 && Index < HeapCount()) {
-    const std::size_t I = static_cast<std::size_t>(Index);
-    if (Before(FOrder, Compare(FHeap[I]->GetItem(), FHeap[(I - 1) / 2]->GetItem()))) PushUp(Index);
-  }
+  if (Index < HeapCount() && TObjectRules::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP)) PushUp(Index);
   return Result;
 }
 
@@ -249,10 +286,7 @@ std::int32_t THeap::ModifyPriority(THeapElement* Element) { return ModifyPriorit
 
 std::int32_t THeap::ModifyPriority(std::int32_t Index) {
   CheckIndex(Index);
-  const std::size_t I = static_cast<std::size_t>(Index);
-  if (Index > 0 && Before(FOrder, Compare(FHeap[I]->GetItem(), FHeap[(I - 1) / 2]->GetItem())))
-    return PushUp(Index)->GetIndex();
-  return PushDown(Index)->GetIndex();
+  return (TObjectRules::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP) ? PushUp(Index) : PushDown(Index))->GetIndex();
 }
 
 // ---- TIntHeap ----
@@ -394,20 +428,12 @@ void TIHeap::Assign(TPersistent* Source) {
     Clear();
     return;
   }
-  std::vector<std::unique_ptr<TIHeapElement>> Copies;
-  Copies.reserve(Other->FHeap.size());
-  for (const TIHeapElement* E : Other->FHeap) Copies.push_back(E->Clone());
-  std::unordered_set<const void*> Live(Other->FHeap.size());
-  for (const auto& E : Copies) Live.insert(E.get());
-  std::vector<TIHeapElement*> Heap;
-  Heap.reserve(Copies.size());
+  TClones<TIHeapElement> Copies(Other->FHeap);
   TICompareFunc Compare = Other->FCompare;
   Clear();
   FOrder = Other->FOrder;
   FCompare.swap(Compare);
-  for (auto& E : Copies) Heap.push_back(E.release());
-  FHeap.swap(Heap);
-  FLive.swap(Live);
+  Copies.MoveInto(FHeap, FLive);
 }
 
 TIntfPtr<IInterface> TIHeap::GetItem(std::int32_t Index) const { return GetElement(Index)->GetItem(); }
@@ -425,47 +451,19 @@ void TIHeap::SetOrder(THeapOrder Value) {
 
 TIHeapElement* TIHeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
-  return SiftUp(FHeap, Index, [this](const TIHeapElement* P, const TIHeapElement* C) {
-    return After(FOrder, Compare(P->GetItem(), C->GetItem()));
-  });
+  return TObjectRules::PushUp(FHeap, FOrder, Index, KZ_HEAP_CMP);
 }
 
 TIHeapElement* TIHeap::PushDown(std::int32_t Index) {
   CheckIndex(Index);
-  return SiftDown(
-      FHeap, Index,
-      [this](const TIHeapElement* R, const TIHeapElement* L) { return !After(FOrder, Compare(R->GetItem(), L->GetItem())); },
-      [this](const TIHeapElement* K, const TIHeapElement* I) { return Before(FOrder, Compare(K->GetItem(), I->GetItem())); });
+  return TObjectRules::PushDown(FHeap, FOrder, Index, KZ_HEAP_CMP);
 }
 
 TIHeapElement* TIHeap::Add(const TIntfPtr<IInterface>& Item) {
-  std::unique_ptr<TIHeapElement> Element = FElementClass->Create(Item);
-  TIHeapElement* E = Element.get();
-  detail::THeapAccess::SetIndex(E, GetCount());
-  FHeap.push_back(E);
-  try {
-    FLive.insert(E);
-  } catch (...) {
-    FHeap.pop_back();
-    throw;
-  }
-  Element.release();
-  try {
-    if (FHeap.size() > 1) PushUp(GetCount() - 1);
-  } catch (...) {
-    delete TakeOut(FHeap, E->GetIndex());
-    FLive.erase(E);
-    throw;
-  }
-  return E;
+  return InsertElement(FHeap, FLive, FElementClass->Create(Item), [this](std::int32_t I) { PushUp(I); });
 }
 
-void TIHeap::Clear() {
-  std::vector<TIHeapElement*> Heap;
-  Heap.swap(FHeap);
-  FLive.clear();
-  for (TIHeapElement* E : Heap) delete E;
-}
+void TIHeap::Clear() { FreeElements(FHeap, FLive); }
 
 TIntfPtr<IInterface> TIHeap::Delete(std::int32_t Index) {
   CheckIndex(Index);
@@ -477,29 +475,21 @@ TIntfPtr<IInterface> TIHeap::Delete(std::int32_t Index) {
   delete Removed;
   if (Index == 0) {
     if (FHeap.size() > 1) PushDown(0);
-  } else if (Index < GetCount()) {
-    const std::size_t I = static_cast<std::size_t>(Index);
-    if (Before(FOrder, Compare(FHeap[I]->GetItem(), FHeap[(I - 1) / 2]->GetItem()))) PushUp(Index);
+  } else if (Index < GetCount() && TObjectRules::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP)) {
+    PushUp(Index);
   }
   return Result;
 }
 
 std::int32_t TIHeap::IndexOf(const TIntfPtr<IInterface>& Item) const {
-  auto Visit = [&](const TIHeapElement* E) {
-    if (After(FOrder, Compare(E->GetItem(), Item))) return -1;
-    return E->GetItem() == Item ? 1 : 0;
-  };
-  return PreOrderFind(FHeap, 0, Visit);
+  return TObjectRules::IndexOf(FHeap, FOrder, Item, KZ_HEAP_CMP);
 }
 
 std::int32_t TIHeap::ModifyPriority(TIHeapElement* Element) { return ModifyPriority(CheckElement(Element)); }
 
 std::int32_t TIHeap::ModifyPriority(std::int32_t Index) {
   CheckIndex(Index);
-  const std::size_t I = static_cast<std::size_t>(Index);
-  if (Index > 0 && Before(FOrder, Compare(FHeap[I]->GetItem(), FHeap[(I - 1) / 2]->GetItem())))
-    return PushUp(Index)->GetIndex();
-  return PushDown(Index)->GetIndex();
+  return (TObjectRules::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP) ? PushUp(Index) : PushDown(Index))->GetIndex();
 }
 
 }  // namespace kz

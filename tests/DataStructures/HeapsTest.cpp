@@ -228,8 +228,8 @@ TEST(Heaps, MisuseRaisesInsteadOfFailing) {
   EXPECT_THROW(N.Delete(1), EListError);
   EXPECT_THROW((void)N.GetItem(-1), EListError);
   EXPECT_THROW(N.PushDown(5), EListError);
-  EXPECT_THROW(TIntHeap(&THeapElement::ClassInfo()), EInvalidCast);
-  EXPECT_THROW(THeap(static_cast<THeapElementClass>(nullptr)), EAccessViolation);
+  EXPECT_THROW(TIntHeap{&THeapElement::ClassInfo()}, EInvalidCast);
+  EXPECT_THROW(THeap{static_cast<THeapElementClass>(nullptr)}, EAccessViolation);
 }
 
 }  // namespace
