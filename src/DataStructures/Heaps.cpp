@@ -6,6 +6,7 @@ namespace kz {
 
 using namespace Runtime;
 using namespace DataStructures;
+using detail::GuardMemory;
 using detail::PreOrderFind;
 using detail::SiftDown;
 using detail::SiftUp;
@@ -158,6 +159,7 @@ struct TClones {
   std::vector<E*> Heap;
   std::unordered_set<const void*> Live;
 
+  TClones(const TClones&) = delete;
   explicit TClones(const std::vector<E*>& Source) {
     std::vector<std::unique_ptr<E>> Copies;
     Copies.reserve(Source.size());
@@ -208,7 +210,7 @@ void TCustomHeap::Assign(TPersistent* Source) {
   if (const TMetaClass* Required = RequiredElementClass())
     for (const THeapElement* E : Other->FHeap)
       if (!E->InheritsFrom(Required)) throw EInvalidCast(SInvalidCast);
-  TClones<THeapElement> Copies(Other->FHeap);
+  TClones<THeapElement> Copies = GuardMemory([&] { return TClones<THeapElement>(Other->FHeap); });
   Clear();
   FOrder = Other->FOrder;
   Copies.MoveInto(FHeap, FLive);
@@ -227,7 +229,9 @@ void TCustomHeap::SetOrder(THeapOrder Value) {
   if (FHeap.size() >= 2) PushUp(static_cast<std::int32_t>(FHeap.size()) - 1);
 }
 
-THeapElement* TCustomHeap::Add(TObject* Item) { return Insert(FElementClass->Create(Item)); }
+THeapElement* TCustomHeap::Add(TObject* Item) {
+  return GuardMemory([&] { return Insert(FElementClass->Create(Item)); });
+}
 
 THeapElement* TCustomHeap::Insert(std::unique_ptr<THeapElement> Element) {
   return InsertElement(FHeap, FLive, std::move(Element), [this](std::int32_t I) { PushUp(I); });
@@ -308,9 +312,11 @@ THeapElement* TIntHeap::PushDown(std::int32_t Index) {
 }
 
 TIntHeapElement* TIntHeap::Add(TObject* Item, std::int32_t Priority) {
-  std::unique_ptr<THeapElement> E = FElementClass->Create(Item);
-  static_cast<TIntHeapElement*>(E.get())->SetPriority(Priority);
-  return static_cast<TIntHeapElement*>(Insert(std::move(E)));
+  return GuardMemory([&] {
+    std::unique_ptr<THeapElement> E = FElementClass->Create(Item);
+    static_cast<TIntHeapElement*>(E.get())->SetPriority(Priority);
+    return static_cast<TIntHeapElement*>(Insert(std::move(E)));
+  });
 }
 
 std::int32_t TIntHeap::IndexOf(TObject* Item) const { return IndexOf(Item, 0); }
@@ -361,9 +367,11 @@ THeapElement* TFloatHeap::PushDown(std::int32_t Index) {
 }
 
 TFloatHeapElement* TFloatHeap::Add(TObject* Item, float Priority) {
-  std::unique_ptr<THeapElement> E = FElementClass->Create(Item);
-  static_cast<TFloatHeapElement*>(E.get())->SetPriority(Priority);
-  return static_cast<TFloatHeapElement*>(Insert(std::move(E)));
+  return GuardMemory([&] {
+    std::unique_ptr<THeapElement> E = FElementClass->Create(Item);
+    static_cast<TFloatHeapElement*>(E.get())->SetPriority(Priority);
+    return static_cast<TFloatHeapElement*>(Insert(std::move(E)));
+  });
 }
 
 std::int32_t TFloatHeap::IndexOf(TObject* Item) const { return IndexOf(Item, 0.0f); }
@@ -428,7 +436,7 @@ void TIHeap::Assign(TPersistent* Source) {
     Clear();
     return;
   }
-  TClones<TIHeapElement> Copies(Other->FHeap);
+  TClones<TIHeapElement> Copies = GuardMemory([&] { return TClones<TIHeapElement>(Other->FHeap); });
   TICompareFunc Compare = Other->FCompare;
   Clear();
   FOrder = Other->FOrder;
@@ -460,7 +468,8 @@ TIHeapElement* TIHeap::PushDown(std::int32_t Index) {
 }
 
 TIHeapElement* TIHeap::Add(const TIntfPtr<IInterface>& Item) {
-  return InsertElement(FHeap, FLive, FElementClass->Create(Item), [this](std::int32_t I) { PushUp(I); });
+  return GuardMemory(
+      [&] { return InsertElement(FHeap, FLive, FElementClass->Create(Item), [this](std::int32_t I) { PushUp(I); }); });
 }
 
 void TIHeap::Clear() { FreeElements(FHeap, FLive); }

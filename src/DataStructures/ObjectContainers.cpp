@@ -1,5 +1,7 @@
 #include "DataStructures/ObjectContainers.h"
 
+#include "DataStructures/internal/HeapCore.h"
+
 namespace kz {
 
 using namespace Runtime;
@@ -29,7 +31,9 @@ TObject* TKZObjectQueue::Pop() {
   return Result;
 }
 
-void TKZObjectQueue::Push(TObject* Value) { Add(Value); }
+void TKZObjectQueue::Push(TObject* Value) {
+  detail::GuardMemory([&] { Add(Value); });
+}
 
 TObject* TKZObjectQueue::Top() const {
   CheckNotEmpty();
@@ -43,7 +47,9 @@ TObject* TKZObjectStack::Pop() {
   return Result;
 }
 
-void TKZObjectStack::Push(TObject* Value) { Add(Value); }
+void TKZObjectStack::Push(TObject* Value) {
+  detail::GuardMemory([&] { Add(Value); });
+}
 
 TObject* TKZObjectStack::Top() const {
   CheckNotEmpty();

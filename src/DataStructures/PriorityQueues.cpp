@@ -5,10 +5,13 @@
 #include <unordered_set>
 #include <vector>
 
+#include "DataStructures/internal/HeapCore.h"
+
 namespace kz {
 
 using namespace Runtime;
 using namespace DataStructures;
+using detail::GuardMemory;
 
 namespace {
 [[noreturn]] void QueueEmpty() { throw Exception(SQueueEmpty); }
@@ -49,6 +52,10 @@ TKZObjectOrderedList* TPriorityList::ListAt(std::int32_t HeapIndex) const {
 }
 
 void TPriorityList::Add(TObject* Item, std::int32_t Priority) {
+  GuardMemory([&] { AddItem(Item, Priority); });
+}
+
+void TPriorityList::AddItem(TObject* Item, std::int32_t Priority) {
   if (FCount == std::numeric_limits<std::int32_t>::max()) throw EListError(SListCountError, {FCount});
   const std::int32_t I = IndexOf(Priority);
   TKZObjectOrderedList* List;
@@ -71,7 +78,7 @@ TObject* TPriorityList::Locate(std::int32_t Index) const {
     return Top->GetItem(Top->GetCount() - 1);
   }
   TIntHeap Copy;
-  Copy.Assign(const_cast<TPriorityList*>(this));
+  Copy.Assign(const_cast<TPriorityList*>(this));  // raises EOutOfMemory itself
   FLastIndex = Index;
   FLastListIndex = 0;
   auto Next = [&Copy] {
@@ -166,7 +173,9 @@ void TPriorityList::Assign(TPersistent* Source) {
   }
   std::vector<std::unique_ptr<TKZObjectOrderedList>> Lists;
   Lists.reserve(Other->FHeap.size());
-  for (std::int32_t I = 0; I < Other->HeapCount(); ++I) Lists.push_back(Other->ListAt(I)->Clone());
+  GuardMemory([&] {
+    for (std::int32_t I = 0; I < Other->HeapCount(); ++I) Lists.push_back(Other->ListAt(I)->Clone());
+  });
   TIntHeap::Assign(Source);
   for (std::size_t I = 0; I < Lists.size(); ++I) FHeap[I]->SetItem(Lists[I].release());
 }

@@ -3,12 +3,23 @@
 #pragma once
 
 #include <cstdint>
+#include <new>
 #include <utility>
 #include <vector>
 
 #include "DataStructures/HeapElements.h"
 
 namespace kz::detail {
+
+/// Runs Fn, turning a failed allocation into the library's EOutOfMemory.
+template <class F>
+decltype(auto) GuardMemory(F&& Fn) {
+  try {
+    return Fn();
+  } catch (const std::bad_alloc&) {
+    throw EOutOfMemory(Runtime::SOutOfMemory);
+  }
+}
 
 struct THeapAccess {
   template <class E>
