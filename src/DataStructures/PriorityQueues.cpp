@@ -58,15 +58,14 @@ void TPriorityList::Add(TObject* Item, std::int32_t Priority) {
 void TPriorityList::AddItem(TObject* Item, std::int32_t Priority) {
   if (FCount == std::numeric_limits<std::int32_t>::max()) throw EListError(SListCountError, {FCount});
   const std::int32_t I = IndexOf(Priority);
-  TKZObjectOrderedList* List;
   if (I == -1) {
     std::unique_ptr<TKZObjectOrderedList> New = FOrderedListClass->Create();
+    New->Push(Item);  // before the heap sees the container, so a failure leaves nothing behind
     TIntHeap::Add(New.get(), Priority);
-    List = New.release();
+    New.release();
   } else {
-    List = ListAt(I);
+    ListAt(I)->Push(Item);
   }
-  List->Push(Item);
   FLastList = nullptr;
   ++FCount;
 }
