@@ -10,7 +10,7 @@ using namespace Runtime;
 namespace {
 
 // Package order. None of the units builds global state at start-up.
-constexpr std::array<TPackageUnit, 16> GUnits{{
+constexpr std::array<TPackageUnit, 17> GUnits{{
     {"Runtime", nullptr, nullptr},
     {"KZConstants", nullptr, nullptr},
     {"KZMessages", nullptr, nullptr},
@@ -20,6 +20,7 @@ constexpr std::array<TPackageUnit, 16> GUnits{{
     {"GLists", nullptr, nullptr},
     {"ListColl", nullptr, nullptr},
     {"GHashTable", nullptr, nullptr},
+    {"DataStructures", nullptr, nullptr},
     {"GTree", nullptr, nullptr},
     {"GStreams", nullptr, nullptr},
     {"GParser", nullptr, nullptr},

@@ -14,6 +14,7 @@
 #include "GLists/GLists.h"
 #include "ListColl/ListColl.h"
 #include "GHashTable/GHashTable.h"
+#include "DataStructures/DataStructures.h"
 #include "GTree/GTree.h"
 #include "GStreams/GStreams.h"
 #include "GParser/GParser.h"
