@@ -1,6 +1,7 @@
 #include "GRegularExpression/GRegularExpression.h"
 
 #include <algorithm>
+#include <memory>
 #include <cstdint>
 #include <string_view>
 #include <unordered_set>
@@ -194,6 +195,7 @@ void TGRegularExpression::Assign(TPersistent* Source) {
     FAnchorStart = Other->FAnchorStart;
     FCaseSensitive = Other->FCaseSensitive;
     FStartState = Other->FStartState;
+    FFilter = Other->FFilter;
     return;
   }
   inherited::Assign(Source);
@@ -212,6 +214,7 @@ void TGRegularExpression::SetCaseSensitive(bool Value) {
 void TGRegularExpression::SetMaxExamples(std::int32_t Value) { FMaxExamples = std::max(Value, 1); }
 
 void TGRegularExpression::ParseExpression(const AnsiString& Text) {
+  FFilter.reset();
   FExpression = Text;
   FStates.clear();
   if (FExpression.empty()) return;
@@ -329,47 +332,76 @@ bool TGRegularExpression::MatchSubString(const AnsiString& Text, std::int32_t St
   return false;
 }
 
-// Over-approximates what the first two characters of a match can be. A start position whose
-// character, or whose next character, no match can begin with fails at its first or second
-// step; skipping it changes no answer.
+// Over-approximates which pairs of characters a match can begin with. A start position
+// whose character, or whose next character after it, no match can begin with fails at its
+// first or second step; skipping it changes no answer. Built once per compiled automaton.
 struct TGRegularExpression::TScanFilter {
-  bool CanBeEmpty = false;      // the start reaches the end without consuming
-  bool CanEndAfterOne = false;  // ... or after one character
-  TCharSet First;
-  TCharSet Second;
+  bool CanBeEmpty = false;         // the start reaches the end without consuming
+  bool Begins[256] = {};           // by the text's own byte
+  bool CanEndAfter[256] = {};      // a match may be this one character long
+  std::bitset<256> Follows[256];   // by the first byte: the folded bytes that may come next
 
-  bool Begins[256];
-  bool Continues[256];
+  explicit TScanFilter(const TGRegularExpression& R) : FStamp(R.FStates.size(), 0) {
+    unsigned char Fold[256];
+    for (unsigned Ch = 0; Ch < 256; ++Ch) Fold[Ch] = Code(R.Fold(static_cast<char>(Ch)));
+    std::vector<std::int32_t> Consumers;
+    TCharSet Unused;
+    CanBeEmpty = Close(R, R.FStartState, Unused, &Consumers);
+    if (CanBeEmpty) return;
+    for (std::int32_t N : Consumers) {
+      const TRegExState& S = R.FStates[static_cast<std::size_t>(N)];
+      TCharSet Next;
+      const bool Ends = Close(R, S.NextState1, Next, nullptr);
+      for (unsigned Ch = 0; Ch < 256; ++Ch) {
+        if (!Accepts(S, Fold[Ch])) continue;
+        Begins[Ch] = true;
+        CanEndAfter[Ch] = CanEndAfter[Ch] || Ends;
+        Follows[Ch] |= Next;
+      }
+    }
+    for (unsigned Ch = 0; Ch < 256; ++Ch) FFold[Ch] = Fold[Ch];
+  }
 
-  explicit TScanFilter(const TGRegularExpression& R) {
-    std::vector<std::int32_t> AfterFirst;
-    CanBeEmpty = Close(R, {R.FStartState}, First, &AfterFirst);
-    if (!CanBeEmpty) CanEndAfterOne = Close(R, AfterFirst, Second, nullptr);
-    // Indexed by the text's own bytes; matching folds them first.
-    for (unsigned Ch = 0; Ch < 256; ++Ch) {
-      const unsigned char Folded = Code(R.Fold(static_cast<char>(Ch)));
-      Begins[Ch] = First.test(Folded);
-      Continues[Ch] = CanEndAfterOne || Second.test(Folded);
+  // The next start at or after Start (1-based) worth trying, or Length + 1.
+  std::int32_t NextStart(const AnsiString& Text, std::int32_t Start, std::int32_t Length) const {
+    if (CanBeEmpty) return Start;
+    const auto* Data = reinterpret_cast<const unsigned char*>(Text.data());
+    for (; Start <= Length; ++Start) {
+      const unsigned char Ch = Data[Start - 1];
+      if (!Begins[Ch]) continue;
+      if (Start == Length || CanEndAfter[Ch] || Follows[Ch].test(FFold[Data[Start]])) return Start;
+    }
+    return Start;
+  }
+
+ private:
+  static bool Accepts(const TRegExState& S, unsigned char Folded) {
+    switch (S.MatchType) {
+      case reAnyChar: return true;
+      case reChar: return Folded == Code(S.Character);
+      case reCharSet: return S.CharSet.test(Folded);
+      case reNotCharSet: return !S.CharSet.test(Folded);
+      default: return false;
     }
   }
 
-  // Walks the empty moves from Starts: collects what the consuming states accept and where
-  // they lead; true when the accepting state is reached.
-  static bool Close(const TGRegularExpression& R, std::vector<std::int32_t> Pending, TCharSet& Accepted,
-                    std::vector<std::int32_t>* Successors) {
+  // Walks the empty moves from From: collects what the consuming states reached accept (and,
+  // when asked, which they are); true when the accepting state is reached.
+  bool Close(const TGRegularExpression& R, std::int32_t From, TCharSet& Accepted, std::vector<std::int32_t>* Consumers) {
     const auto Count = static_cast<std::int32_t>(R.FStates.size());
-    std::vector<bool> Seen(R.FStates.size(), false);
+    ++FWalk;
     bool Terminal = false;
-    while (!Pending.empty()) {
-      const std::int32_t N = Pending.back();
-      Pending.pop_back();
-      if (N < 0 || N >= Count || Seen[static_cast<std::size_t>(N)]) continue;
-      Seen[static_cast<std::size_t>(N)] = true;
+    FPending.assign(1, From);
+    while (!FPending.empty()) {
+      const std::int32_t N = FPending.back();
+      FPending.pop_back();
+      if (N < 0 || N >= Count || FStamp[static_cast<std::size_t>(N)] == FWalk) continue;
+      FStamp[static_cast<std::size_t>(N)] = FWalk;
       const TRegExState& S = R.FStates[static_cast<std::size_t>(N)];
       switch (S.MatchType) {
         case reNone:
-          Pending.push_back(S.NextState1);
-          Pending.push_back(S.NextState2);
+          FPending.push_back(S.NextState2);
+          FPending.push_back(S.NextState1);
           continue;
         case reTerminal: Terminal = true; continue;
         case reAnyChar: Accepted.set(); break;
@@ -378,21 +410,15 @@ struct TGRegularExpression::TScanFilter {
         case reNotCharSet: Accepted |= ~S.CharSet; break;
         default: continue;
       }
-      if (Successors) Successors->push_back(S.NextState1);
+      if (Consumers) Consumers->push_back(N);
     }
     return Terminal;
   }
 
-  // The next start at or after Start (1-based) worth trying, or Length + 1.
-  std::int32_t NextStart(const AnsiString& Text, std::int32_t Start, std::int32_t Length) const {
-    if (CanBeEmpty) return Start;
-    const auto* Data = reinterpret_cast<const unsigned char*>(Text.data());
-    for (; Start <= Length; ++Start) {
-      if (!Begins[Data[Start - 1]]) continue;
-      if (Start == Length || Continues[Data[Start]]) return Start;
-    }
-    return Start;
-  }
+  unsigned char FFold[256] = {};
+  std::vector<std::uint32_t> FStamp;
+  std::uint32_t FWalk = 0;
+  std::vector<std::int32_t> FPending;
 };
 
 std::int32_t TGRegularExpression::Match(const AnsiString& Text, std::int32_t StartPos, std::int32_t& Len,
@@ -411,7 +437,8 @@ std::int32_t TGRegularExpression::Match(const AnsiString& Text, std::int32_t Sta
   if (StartPos < 1) StartPos = 1;
   if (FAnchorStart) return StartPos == 1 && MatchSubString(Text, 1, MatchAllChars, Len) ? 1 : 0;
   if (!MatchAllChars) {
-    const TScanFilter Filter(*this);
+    if (!FFilter) FFilter = std::make_shared<TScanFilter>(*this);
+    const TScanFilter& Filter = *FFilter;
     const auto Length = static_cast<std::int32_t>(std::min<std::size_t>(Text.size(), INT32_MAX));
     for (std::int32_t Start = Filter.NextStart(Text, StartPos, Length); Start <= Length;
          Start = Filter.NextStart(Text, Start + 1, Length))

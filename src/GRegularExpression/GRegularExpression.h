@@ -5,6 +5,7 @@
 
 #include <bitset>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "GLists/ArrayContainers.h"
@@ -125,6 +126,9 @@ class TGRegularExpression : public TPersistent {
   // the double-ended queue of state numbers and, per state, the last position it was
   // expanded at.
   TQQueue FQueue;
+  // Which start positions can begin a match; made on the first unanchored match after a
+  // compile and shared by copies of the same automaton.
+  std::shared_ptr<const TScanFilter> FFilter;
   std::vector<std::uint64_t> FExpandedAt;
   std::uint64_t FTick = 0;
 };

@@ -179,19 +179,26 @@ TEST(RegularExpression, AssignCopiesTheAutomatonButNotMaxExamples) {
 TEST(RegularExpression, RandomExamplesAlwaysMatch) {
   std::mt19937 Random(7);
   const char Alphabet[] = "ab().*+?|[]^$\\-c";
-  for (int Round = 0; Round < 3000; ++Round) {
+  for (int Round = 0; Round < 20000; ++Round) {
     AnsiString Pattern;
     const int Size = 1 + static_cast<int>(Random() % 12);
     for (int i = 0; i < Size; ++i) Pattern += Alphabet[Random() % (sizeof Alphabet - 1)];
     try {
       TGRegularExpression R(Pattern);
       for (const AnsiString& E : R.Examples()) ASSERT_TRUE(R.ExactMatch(E)) << Pattern << " / " << E;
+      // Skipping start positions must answer what trying every one answers.
+      AnsiString Text;
+      for (int i = 0; i < 12; ++i) Text += "abc()\\n\r-"[Random() % 10];
       std::int32_t Len = 0;
-      const std::int32_t Pos = R.Match("abcab()c", Len, false);
-      ASSERT_GE(Pos, 0);
-      if (Pos > 0) {
-        ASSERT_GE(Len, 0);
-        ASSERT_LE(Pos - 1 + Len, 9);
+      std::int32_t Expected = 0, ExpectedLen = 0;
+      if (!R.GetAnchorStart())
+        for (std::int32_t Start = 1; Start <= 12 && !Expected; ++Start)
+          if (R.MatchSubString(Text, Start, false, ExpectedLen)) Expected = Start;
+      if (!R.GetAnchorStart()) {
+        ASSERT_EQ(R.Match(Text, Len, false), Expected) << Pattern << " / " << Text;
+        if (Expected) {
+          ASSERT_EQ(Len, ExpectedLen) << Pattern << " / " << Text;
+        }
       }
     } catch (const ERXException&) {
     }
