@@ -5,7 +5,10 @@
 #include <cstdint>
 #include <functional>
 
-#include "Runtime/Runtime.h"
+#include "Runtime/Interfaces.h"
+#include "Runtime/Object.h"
+#include "Runtime/Persistent.h"
+#include "Runtime/Types.h"
 
 namespace kz {
 

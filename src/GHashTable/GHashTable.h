@@ -8,7 +8,12 @@
 #include <vector>
 
 #include "CommonInterfaces/CommonInterfaces.h"
-#include "Runtime/Runtime.h"
+#include "Runtime/Errors.h"
+#include "Runtime/Interfaces.h"
+#include "Runtime/Object.h"
+#include "Runtime/Persistent.h"
+#include "Runtime/Types.h"
+#include "Runtime/UpdateCounter.h"
 
 namespace kz {
 

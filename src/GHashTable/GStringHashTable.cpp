@@ -1,4 +1,5 @@
 #include "GHashTable/GHashTable.h"
+#include "Runtime/StringLists.h"
 
 namespace kz {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Runtime/ListSupport.h"
+#include "Runtime/internal/ListSupport.h"
 #include "Runtime/Text.h"
 
 namespace kz {

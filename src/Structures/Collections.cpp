@@ -1,7 +1,9 @@
 #include <algorithm>
 
-#include "Runtime/ListSupport.h"
-#include "Structures/StructuresSupport.h"
+#include "Runtime/Text.h"
+#include "Runtime/WithinUpdate.h"
+#include "Runtime/internal/ListSupport.h"
+#include "Structures/internal/StructuresSupport.h"
 
 namespace kz {
 

@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "Runtime/ListSupport.h"
-#include "Structures/StructuresSupport.h"
+#include "Runtime/Text.h"
+#include "Runtime/WithinUpdate.h"
+#include "Runtime/internal/ListSupport.h"
+#include "Structures/internal/StructuresSupport.h"
 
 namespace kz {
 
