@@ -17,8 +17,9 @@ constexpr std::uint32_t MaxCapacity = 0x7FFFFFFF;
 // arithmetically so that hashing never builds a string.
 
 // Length of the decimal text of V, a minus sign included.
+// The count of decimal digits; a minus sign is not a digit.
 int DecimalLength(std::int64_t V) {
-  int L = V < 0 ? 2 : 1;
+  int L = 1;
   for (std::uint64_t U = V < 0 ? static_cast<std::uint64_t>(-V) : static_cast<std::uint64_t>(V); U >= 10; U /= 10) ++L;
   return L;
 }

@@ -12,7 +12,8 @@
 namespace kz {
 
 /// A collection item that can watch other items: linked items tell each other when they
-/// are destroyed. Links are mutual and dropped automatically on destruction.
+/// are destroyed. Links are mutual and dropped automatically on destruction; an item that
+/// dies leaves no link to itself in any other item, also where a link was one-way.
 class TGCollectionItem : public TCollectionItem {
   KZ_CLASS(TGCollectionItem, TCollectionItem)
  public:
@@ -33,6 +34,7 @@ class TGCollectionItem : public TCollectionItem {
 
  private:
   std::vector<TGCollectionItem*> FNotifications;
+  std::vector<TGCollectionItem*> FReferrers;  // the items whose FNotifications hold this one
 };
 
 /// A collection with lookup by display name and export to a string list.
@@ -64,7 +66,7 @@ class TSortedCollection : public TGCollection {
  public:
   explicit TSortedCollection(TCollectionItemClass ItemClass);
 
-  /// OnCompare(this, Item1, Item2).
+  /// OnCompare(this, Item1, Item2); without a handler raises EAccessViolation.
   virtual int Compare(TCollectionItem* Item1, TCollectionItem* Item2);
   virtual void Sort();
   /// Quicksort by Compare (not stable), then Sorted is true; only with more than one item

@@ -101,9 +101,9 @@ void TGStringList::PutObject(std::int32_t Index, TObject* AObject) {
   CheckIndex(Index);
   Changing();
   TGStringItem& Line = FList[static_cast<std::size_t>(Index)];
-  TObject* Old = OwnsObject(Line) && Line.FObject != AObject ? Line.FObject : nullptr;
-  Line.FObject = AObject;
-  delete Old;
+  if (OwnsObject(Line) && Line.FObject != AObject) delete Line.FObject;
+  // The old object's destructor may have changed the list: the line is looked up again.
+  if (Index < FCount) FList[static_cast<std::size_t>(Index)].FObject = AObject;
   Changed();
 }
 

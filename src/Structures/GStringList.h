@@ -86,13 +86,14 @@ class TGStringList : public TStrings {
   const String& Get(std::int32_t Index) const override;
   std::int32_t GetCount() const override { return FCount; }
   TObject* GetObject(std::int32_t Index) const override;
-  TObject* GetData(std::int32_t Index) const;
+  virtual TObject* GetData(std::int32_t Index) const;
   /// The owner hears of it before the sorted-list and index checks.
   void Put(std::int32_t Index, String S) override;
-  /// The owner hears of it before the index check; an owned replaced object is freed.
+  /// The owner hears of it before the index check; an owned replaced object is freed
+  /// before the new one is stored.
   void PutObject(std::int32_t Index, TObject* AObject) override;
   /// An owned replaced datum is freed.
-  void PutData(std::int32_t Index, TObject* AData);
+  virtual void PutData(std::int32_t Index, TObject* AData);
   std::int32_t GetCapacity() const override { return FCapacity; }
   /// Room for exactly NewCapacity lines; below Count raises EListError SListCapacityError.
   void SetCapacity(std::int32_t NewCapacity) override;
@@ -102,11 +103,11 @@ class TGStringList : public TStrings {
   /// dupAccept inserts before the first equal line. Unsorted lists append.
   std::int32_t Add(String S) override;
   std::int32_t AddObject(String S, TObject* AObject) override;
-  std::int32_t AddObject(String S, TObject* AObject, TObject* AData);
+  virtual std::int32_t AddObject(String S, TObject* AObject, TObject* AData);
   /// Index in 0..Count. The line's object and datum are stored after the change is announced.
   void Insert(std::int32_t Index, String S) override;
   void InsertObject(std::int32_t Index, String S, TObject* AObject) override;
-  void InsertObject(std::int32_t Index, String S, TObject* AObject, TObject* AData);
+  virtual void InsertObject(std::int32_t Index, String S, TObject* AObject, TObject* AData);
   /// Adds the lines with their objects (and data, from another TGStringList) in one update.
   void AddStrings(const TStrings* Strings) override;
   /// The owner hears of it before the index check; frees the owned datum, then object.
@@ -119,7 +120,7 @@ class TGStringList : public TStrings {
   /// Sorted lists search by Find; unsorted ones scan from line 0. -1 when absent.
   std::int32_t IndexOf(StringView S) const override;
   /// The first line whose datum is AData (identity), or -1.
-  std::int32_t IndexOfData(const TObject* AData) const;
+  virtual std::int32_t IndexOfData(const TObject* AData) const;
   /// Binary search: true when a line equals S; Index is then the first equal line under
   /// dupAccept, an equal line otherwise, and the insertion point when none is equal.
   virtual bool Find(StringView S, std::int32_t& Index) const;
@@ -136,8 +137,8 @@ class TGStringList : public TStrings {
   /// is given; lines for which Filter (when given) answers false are skipped. A lambda
   /// without captures converts to both forms: with such a lambda for the filter too, name
   /// the form wanted (TForEachObjectMethod(...)).
-  void ForEach(TForEachObjectProc Proc, TForEachFilterProc Filter, NativeInt Data);
-  void ForEach(const TForEachObjectMethod& Proc, const TForEachFilterMethod& Filter, NativeInt Data);
+  virtual void ForEach(TForEachObjectProc Proc, TForEachFilterProc Filter, NativeInt Data);
+  virtual void ForEach(const TForEachObjectMethod& Proc, const TForEachFilterMethod& Filter, NativeInt Data);
 
   bool GetSorted() const { return FSorted; }
   /// Switching on sorts the list first; switching off keeps the order.
