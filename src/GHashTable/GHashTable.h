@@ -127,7 +127,8 @@ class TGCustomHashtable : public TPersistent {
   virtual void BeginUpdate();
   /// Frees every entry (not the values); Capacity stays. An empty table does nothing.
   virtual void Clear();
-  /// Ends an update; at update count exactly 0 the table signals Change.
+  /// Ends an update; at update count exactly 0 the table signals Change. An unmatched call
+  /// takes the count below 0, where changes are reported again.
   virtual void EndUpdate();
   /// The next key of the table's own iterator ("No such element" past the end).
   virtual Pointer NextElement();
@@ -189,6 +190,10 @@ class TGCustomHashtable : public TPersistent {
   void Assign(TPersistent* Source) override;
 
  protected:
+  /// The bucket of the integer Key among Size buckets by the table's hash type: what
+  /// HashCode does with a word key once it is known not to be null, for key families whose
+  /// hash is an integer (the string tables).
+  std::int32_t HashWord(std::int32_t Key, std::int32_t Size);
   void SetCount(std::int32_t Value) { FCount = Value; }
   void SetCollisions(std::int32_t Value) { FCollisions = Value; }
   /// The bucket that HashCode(Key, Capacity) gives; raises "Subscript out of range" for an
@@ -219,7 +224,7 @@ class TGCustomHashtable : public TPersistent {
   TIntfPtr<TGHashtableEnumerator> FEnumerator;
   std::unique_ptr<TGHashtableEntry*[]> FBuckets;
   TNotifyEvent FOnChange;
-  std::int32_t FUpdating = 0;
+  TUpdateCounter<ueCountNegative> FUpdating;
   float FLoadFactor = 0;
   std::int64_t FThreshold = 0;
   bool FThresholdNaN = false;

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "Runtime/Text.h"
+#include "Runtime/UpdateCounter.h"
 #include "Runtime/WithinUpdate.h"
 #include "Runtime/internal/ListSupport.h"
 #include "Structures/internal/StructuresSupport.h"
@@ -318,14 +319,10 @@ void TGStringList::Assign(TPersistent* Source) {
   } else if (auto* Other = dynamic_cast<TGStringList*>(Source)) {
     if (Other == this) return;
     WithinUpdate(*this, [&] {
-      FAssigning = true;
-      try {
+      {
+        TRestoreValue Assigning(FAssigning, true);
         inherited::Assign(Source);
-      } catch (...) {
-        FAssigning = false;
-        throw;
       }
-      FAssigning = false;
       FDuplicates = Other->FDuplicates;
       FSorted = Other->FSorted;
       FStringOpsType = Other->FStringOpsType;
