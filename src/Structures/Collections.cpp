@@ -62,7 +62,7 @@ void TGCollectionItem::NotifyAll() {
 
 TGCollection::TGCollection(TCollectionItemClass ItemClass) : TCollection(ItemClass) {}
 
-std::int32_t TGCollection::IndexOf(StringView Name) {
+std::int32_t TGCollection::IndexOf(StringView Name) const {
   for (std::int32_t i = 0; i < GetCount(); ++i)
     if (GetItem(i)->GetDisplayName() == Name) return i;
   return -1;

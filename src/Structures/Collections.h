@@ -44,7 +44,7 @@ class TGCollection : public TCollection {
   explicit TGCollection(TCollectionItemClass ItemClass);
 
   /// The first item whose display name equals Name exactly, or -1. Linear.
-  std::int32_t IndexOf(StringView Name);
+  [[nodiscard]] std::int32_t IndexOf(StringView Name) const;
   /// Into a string list: cleared, then one line per item (display name, item as object) in
   /// index order, inside one update. Other destinations: the persistent rules.
   void AssignTo(TPersistent* Dest) override;

@@ -86,7 +86,7 @@ class TGStringList : public TStrings {
   const String& Get(std::int32_t Index) const override;
   std::int32_t GetCount() const override { return FCount; }
   TObject* GetObject(std::int32_t Index) const override;
-  virtual TObject* GetData(std::int32_t Index) const;
+  [[nodiscard]] virtual TObject* GetData(std::int32_t Index) const;
   /// The owner hears of it before the sorted-list and index checks.
   void Put(std::int32_t Index, String S) override;
   /// The owner hears of it before the index check; an owned replaced object is freed
@@ -120,7 +120,7 @@ class TGStringList : public TStrings {
   /// Sorted lists search by Find; unsorted ones scan from line 0. -1 when absent.
   std::int32_t IndexOf(StringView S) const override;
   /// The first line whose datum is AData (identity), or -1.
-  virtual std::int32_t IndexOfData(const TObject* AData) const;
+  [[nodiscard]] virtual std::int32_t IndexOfData(const TObject* AData) const;
   /// Binary search: true when a line equals S; Index is then the first equal line under
   /// dupAccept, an equal line otherwise, and the insertion point when none is equal.
   virtual bool Find(StringView S, std::int32_t& Index) const;
