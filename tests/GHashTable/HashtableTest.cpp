@@ -99,7 +99,7 @@ TEST(Hashtable, ErrorsAndGuards) {
   EXPECT_THROW(T.Put(nullptr, W(1)), EGHashtableError);
   T.Put(W(3), W(30));
   EXPECT_THROW((void)T.ContainsKey(nullptr), EGHashtableError);
-  EXPECT_EQ(MessageOf<EGHashtableError>([&] { T.Get(W(4)); }), u"No such element");
+  EXPECT_EQ(MessageOf<EGHashtableError>([&] { (void)T.Get(W(4)); }), u"No such element");
   Pointer V = W(1);
   EXPECT_FALSE(T.ContainsKey(W(4), V));
   EXPECT_EQ(V, nullptr);
