@@ -10,6 +10,7 @@
 #include <random>
 #include <vector>
 
+#include "Runtime/Text.h"
 #include "Structures/Structures.h"
 
 using namespace kz;

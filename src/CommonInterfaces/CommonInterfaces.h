@@ -5,7 +5,10 @@
 #include <cstdint>
 #include <functional>
 
-#include "Runtime/Runtime.h"
+#include "Runtime/Interfaces.h"
+#include "Runtime/Object.h"
+#include "Runtime/Persistent.h"
+#include "Runtime/Types.h"
 
 namespace kz {
 
@@ -22,57 +25,52 @@ enum T2DAxis : std::uint8_t { XYAxis, XZAxis, YXAxis, YZAxis, ZXAxis, ZYAxis };
 /// The in-place vector operations IVector::Apply performs.
 enum TVectorOperation : std::uint8_t { voAdd, voCrossProduct, voDivide, voMultiply, voSubtract, voNormalize };
 
-/// Iterator over untyped elements. Reset goes back before the first element; NextElement
-/// returns the next one (raising the collection's own error past the end); CurrentElement is
-/// the element NextElement returned last; GetCount is a count whose meaning each iterator
-/// documents. Iterators read their collection live and do not keep it alive.
-class IIterator : public virtual IInterface {
-  KZ_INTERFACE(IIterator, IInterface, "{F83E4161-A296-11D3-B992-00C04F8EDA5F}")
+/// What every iterator interface shares: GetCount is a count whose meaning each iterator
+/// documents (Count answers it too), HasMoreElements tells whether a next element exists,
+/// Reset goes back before the first element. One object implementing several iterator
+/// interfaces implements these once.
+class IBaseIterator : public virtual IInterface {
+  KZ_INTERFACE(IBaseIterator, IInterface, "{3E8C5A17-6D24-4B90-A1F3-7C58E2D4B916}")
  public:
-  virtual Pointer CurrentElement() = 0;
   virtual std::int32_t GetCount() = 0;
-  /// The second count query answers GetCount.
   std::int32_t Count() { return GetCount(); }
   virtual bool HasMoreElements() = 0;
-  virtual Pointer NextElement() = 0;
   virtual void Reset() = 0;
+};
+
+/// Iterator over untyped elements. NextElement returns the next one (raising the collection's
+/// own error past the end); CurrentElement is the element NextElement returned last.
+/// Iterators read their collection live and do not keep it alive.
+class IIterator : public virtual IBaseIterator {
+  KZ_INTERFACE(IIterator, IBaseIterator, "{F83E4161-A296-11D3-B992-00C04F8EDA5F}")
+ public:
+  virtual Pointer CurrentElement() = 0;
+  virtual Pointer NextElement() = 0;
 };
 
 /// Iterator over strings. Its element methods carry an S suffix so that one object can be both
 /// an IIterator and an IStringIterator.
-class IStringIterator : public virtual IInterface {
-  KZ_INTERFACE(IStringIterator, IInterface, "{F83E4162-A296-11D3-B992-00C04F8EDA5F}")
+class IStringIterator : public virtual IBaseIterator {
+  KZ_INTERFACE(IStringIterator, IBaseIterator, "{F83E4162-A296-11D3-B992-00C04F8EDA5F}")
  public:
   virtual String CurrentElementS() = 0;
-  virtual std::int32_t GetCount() = 0;
-  std::int32_t Count() { return GetCount(); }
-  virtual bool HasMoreElements() = 0;
   virtual String NextElementS() = 0;
-  virtual void Reset() = 0;
 };
 
 /// Iterator over interface references (suffix I).
-class IInterfaceIterator : public virtual IInterface {
-  KZ_INTERFACE(IInterfaceIterator, IInterface, "{E1A337B7-D59B-11D3-B9BF-00C04F8EDA5F}")
+class IInterfaceIterator : public virtual IBaseIterator {
+  KZ_INTERFACE(IInterfaceIterator, IBaseIterator, "{E1A337B7-D59B-11D3-B9BF-00C04F8EDA5F}")
  public:
   virtual TIntfPtr<IInterface> CurrentElementI() = 0;
-  virtual std::int32_t GetCount() = 0;
-  std::int32_t Count() { return GetCount(); }
-  virtual bool HasMoreElements() = 0;
   virtual TIntfPtr<IInterface> NextElementI() = 0;
-  virtual void Reset() = 0;
 };
 
 /// Iterator over objects (suffix O).
-class IObjectIterator : public virtual IInterface {
-  KZ_INTERFACE(IObjectIterator, IInterface, "{E1A337B8-D59B-11D3-B9BF-00C04F8EDA5F}")
+class IObjectIterator : public virtual IBaseIterator {
+  KZ_INTERFACE(IObjectIterator, IBaseIterator, "{E1A337B8-D59B-11D3-B9BF-00C04F8EDA5F}")
  public:
   virtual TObject* CurrentElementO() = 0;
-  virtual std::int32_t GetCount() = 0;
-  std::int32_t Count() { return GetCount(); }
-  virtual bool HasMoreElements() = 0;
   virtual TObject* NextElementO() = 0;
-  virtual void Reset() = 0;
 };
 
 /// An object that copies itself. Assign takes the content of a like object given as an

@@ -1,4 +1,5 @@
 #include "GHashTable/GHashTable.h"
+#include "Runtime/WithinUpdate.h"
 
 #include <cmath>
 #include <limits>
@@ -17,8 +18,9 @@ constexpr std::uint32_t MaxCapacity = 0x7FFFFFFF;
 // arithmetically so that hashing never builds a string.
 
 // Length of the decimal text of V, a minus sign included.
+// The count of decimal digits; a minus sign is not a digit.
 int DecimalLength(std::int64_t V) {
-  int L = V < 0 ? 2 : 1;
+  int L = 1;
   for (std::uint64_t U = V < 0 ? static_cast<std::uint64_t>(-V) : static_cast<std::uint64_t>(V); U >= 10; U /= 10) ++L;
   return L;
 }
@@ -81,7 +83,10 @@ TGCustomHashtable::~TGCustomHashtable() {
 
 std::int32_t TGCustomHashtable::HashCode(Pointer Key, std::int32_t Size) {
   if (!Key) throw EGHashtableError(SNullArgument);
-  const auto K = static_cast<std::int32_t>(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(Key)));
+  return HashWord(static_cast<std::int32_t>(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(Key))), Size);
+}
+
+std::int32_t TGCustomHashtable::HashWord(std::int32_t K, std::int32_t Size) {
   switch (FHashType) {
     case htTruncation: return TruncationHash(K, Size);
     case htDivision: return DivisionHash(K, Size);
@@ -432,14 +437,14 @@ Pointer TGCustomHashtable::GetKeyByIndex(std::int32_t Index) { return GoToEntry(
 
 // ---- notification ----
 
-void TGCustomHashtable::BeginUpdate() { ++FUpdating; }
+void TGCustomHashtable::BeginUpdate() { FUpdating.Begin(); }
 
 void TGCustomHashtable::EndUpdate() {
-  if (--FUpdating == 0) Change();
+  if (FUpdating.End()) Change();
 }
 
 void TGCustomHashtable::Change() {
-  if (FUpdating > 0) return;
+  if (FUpdating.Updating()) return;
   if (FOwner) FOwner->TableChanged(this);
   if (FOnChange) FOnChange(this);
 }
@@ -468,17 +473,12 @@ void TGCustomHashtable::Assign(TPersistent* Source) {
   SetLoadFactor(Src->GetLoadFactor());
   SetCapacity(Src->GetCapacity());
   SetHashType(Src->GetHashType());
-  BeginUpdate();
-  try {
+  WithinUpdate(*this, [&] {
     while (Keys->HasMoreElements()) {
       const Pointer Key = Keys->NextElement();
       PutValue(Key, Src->GetValue(Key));
     }
-  } catch (...) {
-    EndUpdate();
-    throw;
-  }
-  EndUpdate();
+  });
 }
 
 // ---- TGHashtable ----

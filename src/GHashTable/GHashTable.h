@@ -8,7 +8,13 @@
 #include <vector>
 
 #include "CommonInterfaces/CommonInterfaces.h"
-#include "Runtime/Runtime.h"
+#include "Runtime/Enumerable.h"
+#include "Runtime/Errors.h"
+#include "Runtime/Interfaces.h"
+#include "Runtime/Object.h"
+#include "Runtime/Persistent.h"
+#include "Runtime/Types.h"
+#include "Runtime/UpdateCounter.h"
 
 namespace kz {
 
@@ -92,7 +98,7 @@ class TGCustomHashtable : public TPersistent {
   ~TGCustomHashtable() override;
 
   /// The value of Key. Raises "Table is empty", "Argument is null", "No such element".
-  virtual Pointer GetValue(Pointer Key);
+  [[nodiscard]] virtual Pointer GetValue(Pointer Key);
   /// Finds Key; Entry is the entry found or null. An empty table answers false for any key;
   /// otherwise a null key raises "Argument is null".
   virtual bool HasKey(Pointer Key, TGHashtableEntry*& Entry);
@@ -118,22 +124,23 @@ class TGCustomHashtable : public TPersistent {
   virtual std::int32_t MidSquareHash(std::int32_t Key, std::int32_t Size);
   virtual std::int32_t FoldingHash(std::int32_t Key, std::int32_t Size);
   /// True when some entry holds Value (identity). O(Count).
-  virtual bool ContainsItem(Pointer Value);
+  [[nodiscard]] virtual bool ContainsItem(Pointer Value);
   virtual void BeginUpdate();
   /// Frees every entry (not the values); Capacity stays. An empty table does nothing.
   virtual void Clear();
-  /// Ends an update; at update count exactly 0 the table signals Change.
+  /// Ends an update; at update count exactly 0 the table signals Change. An unmatched call
+  /// takes the count below 0, where changes are reported again.
   virtual void EndUpdate();
   /// The next key of the table's own iterator ("No such element" past the end).
   virtual Pointer NextElement();
   /// Restarts the table's own iterator.
   virtual void Reset();
 
-  bool HasKey(Pointer Key);
+  [[nodiscard]] bool HasKey(Pointer Key);
   /// The entry of Key, or null (an empty table answers null for any key). The entry stays
   /// owned by the table.
-  TGHashtableEntry* FindEntry(Pointer Key);
-  bool IsEmpty() const { return FCount == 0; }
+  [[nodiscard]] TGHashtableEntry* FindEntry(Pointer Key);
+  [[nodiscard]] bool IsEmpty() const { return FCount == 0; }
 
   std::uint32_t GetCapacity() const { return FCapacity; }
   /// Moves every entry into NewCapacity buckets (their chains rebuilt, Collisions
@@ -159,8 +166,8 @@ class TGCustomHashtable : public TPersistent {
   /// The entry at Index in positional order: buckets ascending, each chain from its head.
   /// Raises EListError (list index) outside 0 .. Count-1.
   TGHashtableEntry* GoToEntry(std::int32_t Index);
-  Pointer GetItemByIndex(std::int32_t Index);
-  Pointer GetKeyByIndex(std::int32_t Index);
+  [[nodiscard]] Pointer GetItemByIndex(std::int32_t Index);
+  [[nodiscard]] Pointer GetKeyByIndex(std::int32_t Index);
   /// Forgets the positional cursor.
   void ClearCache();
 
@@ -184,6 +191,10 @@ class TGCustomHashtable : public TPersistent {
   void Assign(TPersistent* Source) override;
 
  protected:
+  /// The bucket of the integer Key among Size buckets by the table's hash type: what
+  /// HashCode does with a word key once it is known not to be null, for key families whose
+  /// hash is an integer (the string tables).
+  std::int32_t HashWord(std::int32_t Key, std::int32_t Size);
   void SetCount(std::int32_t Value) { FCount = Value; }
   void SetCollisions(std::int32_t Value) { FCollisions = Value; }
   /// The bucket that HashCode(Key, Capacity) gives; raises "Subscript out of range" for an
@@ -214,7 +225,7 @@ class TGCustomHashtable : public TPersistent {
   TIntfPtr<TGHashtableEnumerator> FEnumerator;
   std::unique_ptr<TGHashtableEntry*[]> FBuckets;
   TNotifyEvent FOnChange;
-  std::int32_t FUpdating = 0;
+  TUpdateCounter<ueCountNegative> FUpdating;
   float FLoadFactor = 0;
   std::int64_t FThreshold = 0;
   bool FThresholdNaN = false;
@@ -235,14 +246,14 @@ class TGHashtable : public TGCustomHashtable {
  public:
   using TGCustomHashtable::TGCustomHashtable;
 
-  virtual Pointer Get(Pointer Key);
+  [[nodiscard]] virtual Pointer Get(Pointer Key);
   virtual void Put(Pointer Key, Pointer Value);
   virtual Pointer Remove(Pointer Key);
 
-  bool ContainsKey(Pointer Key);
+  [[nodiscard]] bool ContainsKey(Pointer Key);
   /// Value is the value found, or null when absent.
   bool ContainsKey(Pointer Key, Pointer& Value);
-  Pointer GetItem(Pointer Key) { return Get(Key); }
+  [[nodiscard]] Pointer GetItem(Pointer Key) { return Get(Key); }
   void SetItem(Pointer Key, Pointer Value) { Put(Key, Value); }
   /// The next key of the table's own iterator.
   Pointer Next();
@@ -261,12 +272,12 @@ class TGHashIntTable : public TGHashtable {
   using TGHashtable::GetItem;
   using TGHashtable::SetItem;
 
-  bool ContainsKey(std::int32_t Key) { return TGHashtable::ContainsKey(KeyWord(Key)); }
+  [[nodiscard]] bool ContainsKey(std::int32_t Key) { return TGHashtable::ContainsKey(KeyWord(Key)); }
   bool ContainsKey(std::int32_t Key, Pointer& Value) { return TGHashtable::ContainsKey(KeyWord(Key), Value); }
-  Pointer Get(std::int32_t Key) { return Get(KeyWord(Key)); }
+  [[nodiscard]] Pointer Get(std::int32_t Key) { return Get(KeyWord(Key)); }
   void Put(std::int32_t Key, Pointer Value) { Put(KeyWord(Key), Value); }
   Pointer Remove(std::int32_t Key) { return Remove(KeyWord(Key)); }
-  Pointer GetItem(std::int32_t Key) { return Get(KeyWord(Key)); }
+  [[nodiscard]] Pointer GetItem(std::int32_t Key) { return Get(KeyWord(Key)); }
   void SetItem(std::int32_t Key, Pointer Value) { Put(KeyWord(Key), Value); }
 
   /// The word an integer key travels as.
@@ -350,16 +361,16 @@ class TGStringHashtable : public TGCustomHashtable {
   std::int32_t HashCode(Pointer Key, std::int32_t Size) override;
   std::unique_ptr<TGHashtableEntry> NewHashtableEntry() override;
 
-  virtual Pointer Get(const String& Key);
+  [[nodiscard]] virtual Pointer Get(const String& Key);
   virtual void Put(const String& Key, Pointer Value);
   virtual Pointer Remove(const String& Key);
 
   /// False at once for the empty string.
-  bool ContainsKey(const String& Key);
+  [[nodiscard]] bool ContainsKey(const String& Key);
   bool ContainsKey(const String& Key, Pointer& Value);
-  Pointer GetItem(const String& Key) { return Get(Key); }
+  [[nodiscard]] Pointer GetItem(const String& Key) { return Get(Key); }
   void SetItem(const String& Key, Pointer Value) { Put(Key, Value); }
-  String GetKeyByIndex(std::int32_t Index);
+  [[nodiscard]] String GetKeyByIndex(std::int32_t Index);
   /// The next key of the table's own iterator.
   String Next();
   /// A new iterator over the values, usable through IIterator only.

@@ -1,4 +1,6 @@
 #include "GHashTable/GHashTable.h"
+#include "Runtime/WithinUpdate.h"
+#include "Runtime/StringLists.h"
 
 namespace kz {
 
@@ -29,7 +31,9 @@ std::int32_t TGStringHashtable::HashCode(Pointer Key, std::int32_t Size) {
   } else {
     for (Char C : S) H = H * 37 + C;
   }
-  return inherited::HashCode(reinterpret_cast<Pointer>(static_cast<std::uintptr_t>(H)), Size);
+  // A sum of 0 is refused as the word hash refuses a null key.
+  if (H == 0) throw EGHashtableError(SNullArgument);
+  return HashWord(static_cast<std::int32_t>(H), Size);
 }
 
 std::unique_ptr<TGHashtableEntry> TGStringHashtable::NewHashtableEntry() {
@@ -77,15 +81,10 @@ void TGStringHashtable::Assign(TPersistent* Source) {
     inherited::Assign(Source);
     return;
   }
-  BeginUpdate();
-  try {
+  WithinUpdate(*this, [&] {
     Clear();
     for (std::int32_t I = 0; I < Lines->GetCount(); ++I) Put(Lines->Get(I), Lines->GetObject(I));
-  } catch (...) {
-    EndUpdate();
-    throw;
-  }
-  EndUpdate();
+  });
 }
 
 void TGStringHashtable::AssignTo(TPersistent* Dest) {
@@ -96,18 +95,13 @@ void TGStringHashtable::AssignTo(TPersistent* Dest) {
   }
   // A fresh iterator, so that the table's own one keeps its place.
   TIntfPtr<TGHashtableEnumerator> Keys(new TGHashtableEnumerator(this, true));
-  Lines->BeginUpdate();
-  try {
+  WithinUpdate(*Lines, [&] {
     Lines->Clear();
     while (Keys->HasMoreElements()) {
       const Pointer Key = Keys->NextElement();
       Lines->AddObject(KeyText(Key), static_cast<TObject*>(FindEntry(Key)->GetItem()));
     }
-  } catch (...) {
-    Lines->EndUpdate();
-    throw;
-  }
-  Lines->EndUpdate();
+  });
 }
 
 // ---- TGStringHashTableEnumerator ----

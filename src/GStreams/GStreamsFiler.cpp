@@ -1,4 +1,5 @@
-#include "GStreams/GStreams.h"
+#include "GStreams/SpecialFiler.h"
+#include "Runtime/WithinUpdate.h"
 
 namespace kz {
 

@@ -5,7 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "Runtime/Runtime.h"
+#include "Runtime/Encodings.h"
+#include "Runtime/Errors.h"
+#include "Runtime/Streams.h"
+#include "Runtime/Types.h"
 
 namespace kz {
 

@@ -8,10 +8,13 @@
 
 namespace kz {
 
+namespace KZMessages {
+KZ_UNIT_SCOPE(KZMessages)
 /// Identifier of the property-invalidation message. It lies in the range reserved for an
 /// application's private messages (from 0x8000), 0x100 above its start so that a host's own
 /// first private messages do not collide with it.
 inline constexpr std::uint32_t KZM_INVALIDATEPROPERTY = 0x8000 + 0x100;
+}  // namespace KZMessages
 
 /// The record of the property-invalidation message. On 32-bit builds it is 16 bytes with
 /// the fields at offsets 0, 4, 8 and 12 (each filler takes no room and shares the offset of

@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <functional>
 
-#include "Runtime/Runtime.h"
+#include "Runtime/Components.h"
+#include "Runtime/Interfaces.h"
+#include "Runtime/Object.h"
 
 namespace kz {
 

@@ -53,7 +53,7 @@ String TCollectionItem::GetNamePath() {
 }
 
 void TCollectionItem::Changed(bool AllItems) {
-  if (FCollection && FCollection->FUpdateCount == 0) FCollection->Update(AllItems ? nullptr : this);
+  if (FCollection && !FCollection->FUpdates.Updating()) FCollection->Update(AllItems ? nullptr : this);
 }
 
 // ---- TCollection --------------------------------------------------------------------------
@@ -72,7 +72,7 @@ TCollection::TCollection(TCollectionItemClass ItemClass) : FItemClass(ItemClass)
 
 TCollection::~TCollection() {
   // Items are freed without Update calls: nothing may observe a half-destroyed collection.
-  ++FUpdateCount;
+  FUpdates.Begin();
   while (!FItems.empty()) Delete(GetCount() - 1);
 }
 
@@ -142,11 +142,10 @@ void TCollection::Exchange(std::int32_t Index1, std::int32_t Index2) {
   Changed();
 }
 
-void TCollection::BeginUpdate() { ++FUpdateCount; }
+void TCollection::BeginUpdate() { FUpdates.Begin(); }
 
 void TCollection::EndUpdate() {
-  if (FUpdateCount <= 0) throw EInvalidOperation(SUnbalancedEndUpdate);
-  if (--FUpdateCount == 0) Changed();
+  if (FUpdates.End()) Changed();
 }
 
 void TCollection::Assign(TPersistent* Source) {
@@ -169,7 +168,7 @@ void TCollection::Update(TCollectionItem*) {}
 void TCollection::Notify(TCollectionItem*, TCollectionNotification) {}
 
 void TCollection::Changed() {
-  if (FUpdateCount == 0) Update(nullptr);
+  if (!FUpdates.Updating()) Update(nullptr);
 }
 
 void TCollection::InsertItem(TCollectionItem* Item) {

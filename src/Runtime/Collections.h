@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Runtime/Persistent.h"
+#include "Runtime/UpdateCounter.h"
 
 namespace kz {
 
@@ -105,7 +106,7 @@ class TCollection : public TPersistent {
   /// BeginUpdate raises EInvalidOperation.
   virtual void BeginUpdate();
   virtual void EndUpdate();
-  std::int32_t GetUpdateCount() const { return FUpdateCount; }
+  std::int32_t GetUpdateCount() const { return FUpdates.Count(); }
 
   /// From another collection: clears this one and, inside one update, adds for each source
   /// item a new item of that item's own class and assigns the source item to it.
@@ -132,7 +133,7 @@ class TCollection : public TPersistent {
 
   TCollectionItemClass FItemClass;
   std::vector<TCollectionItem*> FItems;
-  std::int32_t FUpdateCount = 0;
+  TUpdateCounter<ueRaise> FUpdates;
   std::int32_t FNextID = 0;
 };
 

@@ -13,7 +13,7 @@
 
 #include "Runtime/Errors.h"
 #include "Runtime/Interfaces.h"
-#include "Runtime/ListSupport.h"
+#include "Runtime/ListStorage.h"
 
 namespace kz::Generics {
 

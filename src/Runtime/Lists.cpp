@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Runtime/ListSupport.h"
+#include "Runtime/internal/ListSupport.h"
 
 namespace kz {
 

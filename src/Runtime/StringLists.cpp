@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Runtime/ListSupport.h"
+#include "Runtime/internal/ListSupport.h"
 #include "Runtime/Text.h"
 
 namespace kz {
@@ -134,13 +134,12 @@ void TStrings::AssignTo(TPersistent* Dest) {
 }
 
 void TStrings::BeginUpdate() {
-  if (FUpdateCount == 0) SetUpdateState(true);
-  ++FUpdateCount;
+  if (!FUpdates.Updating()) SetUpdateState(true);
+  FUpdates.Begin();
 }
 
 void TStrings::EndUpdate() {
-  if (FUpdateCount == 0) return;
-  if (--FUpdateCount == 0) SetUpdateState(false);
+  if (FUpdates.End()) SetUpdateState(false);
 }
 
 void TStrings::SetUpdateState(bool) {}

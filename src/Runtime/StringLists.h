@@ -8,6 +8,7 @@
 
 #include "Runtime/Errors.h"
 #include "Runtime/Persistent.h"
+#include "Runtime/UpdateCounter.h"
 
 namespace kz {
 
@@ -78,8 +79,8 @@ class TStrings : public TPersistent {
   // nothing.
   void BeginUpdate();
   void EndUpdate();
-  std::int32_t GetUpdateCount() const { return FUpdateCount; }
-  std::int32_t UpdateCount() const { return FUpdateCount; }
+  std::int32_t GetUpdateCount() const { return FUpdates.Count(); }
+  std::int32_t UpdateCount() const { return FUpdates.Count(); }
 
   // Text views.
   /// Every line followed by LineBreak.
@@ -141,7 +142,7 @@ class TStrings : public TPersistent {
   String DelimitedText(Char Delimiter, Char Quote, bool Strict) const;
   void SetDelimited(StringView Value, Char Delimiter, Char Quote, bool Strict);
 
-  std::int32_t FUpdateCount = 0;
+  TUpdateCounter<ueIgnore> FUpdates;
   String FLineBreak = u"\r\n";
   Char FDelimiter = u',';
   Char FQuoteChar = u'"';

@@ -13,13 +13,14 @@ namespace kz {
 enum TUnmatchedEndUpdate : std::uint8_t {
   ueIgnore,        // nothing: the count stays at zero
   ueRaise,         // EInvalidOperation "EndUpdate called without a matching BeginUpdate"
-  ueCountNegative  // the count goes below zero; notifications stay muted until it is back at 0
+  ueCountNegative, // the count goes below zero; only its return to exactly 0 reports, and a
+                   // negative count does not mute (Updating() is false)
+  ueReport         // the count stays at zero and End() answers true: the change is reported
 };
 
 /// An update-bracket count with a fixed rule for an unmatched end. Begin() opens a bracket,
 /// End() closes one and answers true when it closed the outermost (the count is back at 0).
-/// Updating() is true while any bracket is open (or, under ueCountNegative, while the count is
-/// not zero). O(1), no allocation.
+/// Updating() is true while any bracket is open (the count is above zero). O(1), no allocation.
 template <TUnmatchedEndUpdate Policy>
 class TUpdateCounter {
  public:
@@ -29,13 +30,15 @@ class TUpdateCounter {
   [[nodiscard]] bool End() {
     if constexpr (Policy == ueIgnore) {
       if (FCount == 0) return false;
+    } else if constexpr (Policy == ueReport) {
+      if (FCount == 0) return true;
     } else if constexpr (Policy == ueRaise) {
       if (FCount <= 0) throw EInvalidOperation(Runtime::SUnbalancedEndUpdate);
     }
     return --FCount == 0;
   }
 
-  [[nodiscard]] bool Updating() const noexcept { return FCount != 0; }
+  [[nodiscard]] bool Updating() const noexcept { return FCount > 0; }
   [[nodiscard]] std::int32_t Count() const noexcept { return FCount; }
   /// Forgets every open bracket (for a container that is reset from a stored form).
   void Reset() noexcept { FCount = 0; }

@@ -1,7 +1,10 @@
 #include <algorithm>
 
-#include "Runtime/ListSupport.h"
-#include "Structures/StructuresSupport.h"
+#include "Runtime/Text.h"
+#include "Runtime/UpdateCounter.h"
+#include "Runtime/WithinUpdate.h"
+#include "Runtime/internal/ListSupport.h"
+#include "Structures/internal/StructuresSupport.h"
 
 namespace kz {
 
@@ -14,15 +17,17 @@ TGCollectionItem::TGCollectionItem(TCollection* Collection) : TCollectionItem(Co
 
 TGCollectionItem::~TGCollectionItem() {
   NotifyAll();
-  // An override of Notification that forgot to drop the link must not leave the other
-  // item pointing at this one once it is gone.
-  for (TGCollectionItem* Item : FNotifications) Item->RemoveNotification(this);
+  // Whatever the notified items did with their links (an override of Notification may keep
+  // one, a one-way RemoveNotification leaves the other side), no list may keep this item.
+  for (TGCollectionItem* Item : FNotifications) std::erase(Item->FReferrers, this);
+  for (TGCollectionItem* Item : FReferrers) std::erase(Item->FNotifications, this);
 }
 
 void TGCollectionItem::FreeNotification(TGCollectionItem* Item) {
   if (!Item) RaiseNullAccess(u"collection item");
   if (std::find(FNotifications.begin(), FNotifications.end(), Item) != FNotifications.end()) return;
   FNotifications.push_back(Item);
+  Item->FReferrers.push_back(this);
   Item->FreeNotification(this);
 }
 
@@ -38,6 +43,7 @@ void TGCollectionItem::RemoveNotification(TGCollectionItem* Item) {
   const auto It = std::find(FNotifications.begin(), FNotifications.end(), Item);
   if (It == FNotifications.end()) return;
   FNotifications.erase(It);
+  std::erase(Item->FReferrers, this);
   if (FNotifications.empty()) FNotifications = std::vector<TGCollectionItem*>();
 }
 
@@ -56,7 +62,7 @@ void TGCollectionItem::NotifyAll() {
 
 TGCollection::TGCollection(TCollectionItemClass ItemClass) : TCollection(ItemClass) {}
 
-std::int32_t TGCollection::IndexOf(StringView Name) {
+std::int32_t TGCollection::IndexOf(StringView Name) const {
   for (std::int32_t i = 0; i < GetCount(); ++i)
     if (GetItem(i)->GetDisplayName() == Name) return i;
   return -1;
@@ -79,6 +85,7 @@ void TGCollection::AssignTo(TPersistent* Dest) {
 TSortedCollection::TSortedCollection(TCollectionItemClass ItemClass) : TGCollection(ItemClass) {}
 
 int TSortedCollection::Compare(TCollectionItem* Item1, TCollectionItem* Item2) {
+  if (!FOnCompare) RaiseNullAccess(u"OnCompare handler");
   return FOnCompare(this, Item1, Item2);
 }
 
@@ -134,11 +141,10 @@ bool TSortedCollection::FitsNeighbours(TCollectionItem* Item, std::int32_t Index
 std::int32_t TSortedCollection::SearchPosition(TCollectionItem* Item) {
   // Ascending whatever SortOrder says, over the other items: the item is taken out for the
   // search and put back last, with placement suspended meanwhile.
-  const bool WasPlacing = FPlacing;
-  FPlacing = true;
+  TRestoreValue Placing(FPlacing, true);
   std::int32_t L = 0;
+  Item->SetCollection(nullptr);
   try {
-    Item->SetCollection(nullptr);
     std::int32_t H = GetCount() - 1;
     while (L <= H) {
       const std::int32_t Mid = L + (H - L) / 2;
@@ -157,11 +163,9 @@ std::int32_t TSortedCollection::SearchPosition(TCollectionItem* Item) {
     }
   } catch (...) {
     Item->SetCollection(this);
-    FPlacing = WasPlacing;
     throw;
   }
   Item->SetCollection(this);
-  FPlacing = WasPlacing;
   return L;
 }
 

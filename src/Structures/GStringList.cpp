@@ -1,8 +1,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "Runtime/ListSupport.h"
-#include "Structures/StructuresSupport.h"
+#include "Runtime/Text.h"
+#include "Runtime/UpdateCounter.h"
+#include "Runtime/WithinUpdate.h"
+#include "Runtime/internal/ListSupport.h"
+#include "Structures/internal/StructuresSupport.h"
 
 namespace kz {
 
@@ -99,9 +102,9 @@ void TGStringList::PutObject(std::int32_t Index, TObject* AObject) {
   CheckIndex(Index);
   Changing();
   TGStringItem& Line = FList[static_cast<std::size_t>(Index)];
-  TObject* Old = OwnsObject(Line) && Line.FObject != AObject ? Line.FObject : nullptr;
-  Line.FObject = AObject;
-  delete Old;
+  if (OwnsObject(Line) && Line.FObject != AObject) delete Line.FObject;
+  // The old object's destructor may have changed the list: the line is looked up again.
+  if (Index < FCount) FList[static_cast<std::size_t>(Index)].FObject = AObject;
   Changed();
 }
 
@@ -316,14 +319,10 @@ void TGStringList::Assign(TPersistent* Source) {
   } else if (auto* Other = dynamic_cast<TGStringList*>(Source)) {
     if (Other == this) return;
     WithinUpdate(*this, [&] {
-      FAssigning = true;
-      try {
+      {
+        TRestoreValue Assigning(FAssigning, true);
         inherited::Assign(Source);
-      } catch (...) {
-        FAssigning = false;
-        throw;
       }
-      FAssigning = false;
       FDuplicates = Other->FDuplicates;
       FSorted = Other->FSorted;
       FStringOpsType = Other->FStringOpsType;

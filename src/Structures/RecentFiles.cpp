@@ -1,3 +1,4 @@
+#include "Runtime/Text.h"
 #include "Structures/Structures.h"
 
 namespace kz {

@@ -1,4 +1,6 @@
-#include "Structures/StructuresSupport.h"
+#include "Runtime/Text.h"
+#include "Runtime/WithinUpdate.h"
+#include "Structures/internal/StructuresSupport.h"
 
 namespace kz {
 

@@ -12,9 +12,11 @@ namespace {
 
 std::int64_t Mod(std::int64_t V, std::int32_t Size) { return V % Size; }
 std::uint32_t Low31(std::int32_t Key) { return static_cast<std::uint32_t>(Key) & 0x7FFFFFFFu; }
+// The digits of Size's decimal text, its minus sign not counted.
+std::size_t Digits(std::int32_t Size) { return std::to_string(Size).size() - (Size < 0 ? 1 : 0); }
 
 std::int64_t TextTruncation(std::int32_t Key, std::int32_t Size) {
-  const std::size_t D = std::to_string(Size).size();
+  const std::size_t D = Digits(Size);
   std::string T = std::to_string(Low31(Key));
   if (T.size() > D) T = T.substr(T.size() - D);
   return Mod(std::stoll(T), Size);
@@ -22,7 +24,7 @@ std::int64_t TextTruncation(std::int32_t Key, std::int32_t Size) {
 
 std::int64_t TextMidSquare(std::int32_t Key, std::int32_t Size) {
   const std::uint32_t S = (static_cast<std::uint32_t>(Key) * static_cast<std::uint32_t>(Key)) & 0x7FFFFFFFu;
-  const std::size_t D = std::to_string(Size).size();
+  const std::size_t D = Digits(Size);
   std::string T = std::to_string(S);
   const std::size_t L = T.size(), M = L / 2;
   if (M > D) T = T.substr(L - M, D);

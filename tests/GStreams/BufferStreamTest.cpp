@@ -4,6 +4,7 @@
 #include <string>
 
 #include "GStreams/GStreams.h"
+#include "Runtime/Text.h"
 
 using namespace kz;
 

@@ -68,6 +68,27 @@ TEST(GCollectionItem, LinkedItemsHearOfEachOthersDestruction) {
   EXPECT_THROW(JoinNum(C, 4)->FreeNotification(nullptr), EAccessViolation);
 }
 
+TEST(GCollectionItem, ADeadItemLeavesNoLinkBehind) {
+  std::string Log;
+  auto Pair = [&Log] {
+    auto* A = new TNumItem(nullptr);
+    auto* B = new TNumItem(nullptr);
+    A->Value = 1, B->Value = 2, A->Log = &Log, B->Log = &Log;
+    A->FreeNotification(B);
+    return std::pair{A, B};
+  };
+  auto [A, B] = Pair();
+  A->NotifyAll();  // B drops its side, A keeps its own
+  EXPECT_EQ(Log, "2 ");
+  delete B;
+  delete A;  // nothing left of B to tell
+  auto [A2, B2] = Pair();
+  A2->RemoveNotification(B2);  // one way: B2 still lists A2
+  delete A2;
+  delete B2;
+  EXPECT_EQ(Log, "2 ");
+}
+
 TEST(GCollection, FindsByDisplayNameAndExportsToStrings) {
   TGCollection C(&TNumItem::ClassInfo());
   JoinNum(C, 10);
@@ -87,6 +108,7 @@ TEST(SortedCollection, SortsByTheHandlerEitherWay) {
   for (int V : {3, 1, 2}) JoinNum(C, V);
   C.SetSorted(true);  // no handler: nothing to sort by
   EXPECT_EQ(Values(C), (std::vector<int>{3, 1, 2}));
+  EXPECT_THROW((void)C.Compare(C.GetItem(0), C.GetItem(1)), EAccessViolation);
   C.SetOnCompare(&Ascending);
   C.SetSortOrder(soDescending);  // the handler decides the direction, not SortOrder
   EXPECT_EQ(Values(C), (std::vector<int>{1, 2, 3}));

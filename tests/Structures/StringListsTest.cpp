@@ -201,6 +201,63 @@ TEST(GStringList, OwnedDataIsFreedBeforeOwnedObjects) {
 }
 
 namespace {
+// Notes, when destroyed, which object its list held on line 0 at that moment.
+class TWatchesLine : public TObject {
+  KZ_CLASS(TWatchesLine, TObject)
+ public:
+  TWatchesLine(TStrings& List, TObject*& Seen) : FList(List), FSeen(Seen) {}
+  ~TWatchesLine() override { FSeen = FList.GetObject(0); }
+
+ private:
+  TStrings& FList;
+  TObject*& FSeen;
+};
+
+// A host list that answers its own data column and counts the walks and stores it serves.
+class THostList : public TGStringList {
+  KZ_CLASS(THostList, TGStringList)
+ public:
+  using TGStringList::AddObject;
+  using TGStringList::ForEach;
+  using TGStringList::InsertObject;
+  TObject* GetData(std::int32_t) const override { return nullptr; }
+  void PutData(std::int32_t, TObject*) override { ++Calls; }
+  std::int32_t IndexOfData(const TObject*) const override { return 42; }
+  std::int32_t AddObject(String, TObject*, TObject*) override { return ++Calls; }
+  void InsertObject(std::int32_t, String, TObject*, TObject*) override { ++Calls; }
+  void ForEach(TForEachObjectProc, TForEachFilterProc, NativeInt) override { ++Calls; }
+  void ForEach(const TForEachObjectMethod&, const TForEachFilterMethod&, NativeInt) override { ++Calls; }
+  int Calls = 0;
+};
+}  // namespace
+
+TEST(GStringList, OwnedOldObjectIsFreedBeforeTheNewOneIsStored) {
+  TGStringList L;
+  L.SetFreeObjects(true);
+  TObject* Seen = nullptr;
+  auto* Old = new TWatchesLine(L, Seen);
+  L.AddObject(u"a", Old);
+  auto* New = new TCounted;
+  L.PutObject(0, New);
+  EXPECT_EQ(Seen, Old);
+  EXPECT_EQ(L.GetObject(0), New);
+}
+
+TEST(GStringList, DataColumnAndForEachAreOverridable) {
+  THostList Host;
+  TGStringList& L = Host;
+  L.InsertObject(0, u"x", nullptr, nullptr);
+  L.PutData(0, nullptr);
+  EXPECT_EQ(L.AddObject(u"y", nullptr, nullptr), 3);
+  EXPECT_EQ(L.IndexOfData(nullptr), 42);
+  EXPECT_EQ(L.GetData(0), nullptr);
+  L.ForEach(TForEachObjectProc(nullptr), nullptr, 0);
+  L.ForEach(TForEachObjectMethod(), nullptr, 0);
+  EXPECT_EQ(Host.Calls, 5);
+  EXPECT_EQ(L.GetCount(), 0);
+}
+
+namespace {
 std::string GVisited;
 void RecordLine(TStrings* Sender, std::int32_t Index, const String& S, TObject*, NativeInt Data) {
   GVisited += StringToUtf8(S) + std::to_string(Index) + ':' + std::to_string(Data) + ' ';

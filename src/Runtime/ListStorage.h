@@ -1,5 +1,6 @@
-// Storage rules shared by the runtime's array lists: the growth step, exact capacities and the
-// in-place quicksort. Internal to the runtime layer.
+// Array-list storage pieces that the runtime's list templates instantiate in users' code
+// (the capacity limit, exact reservation, the bounded quicksort). Implementation detail of the
+// runtime's lists: not for use outside the library.
 #pragma once
 
 #include <cstdint>
@@ -13,12 +14,6 @@ namespace kz::detail {
 
 /// The largest capacity an array list accepts; beyond it SetCapacity raises SListCapacityError.
 inline constexpr std::int32_t MaxListSize = INT32_MAX / 16;
-
-/// How much a full list grows: a quarter above 64 slots, 16 above 8, else 4. Small lists
-/// grow in small steps, large ones geometrically.
-inline std::int32_t ListGrowDelta(std::int32_t Capacity) {
-  return Capacity > 64 ? Capacity / 4 : Capacity > 8 ? 16 : 4;
-}
 
 /// Gives V room for exactly NewCapacity items (NewCapacity >= V.size()); allocation failure
 /// raises EOutOfMemory. The vector never reallocates by itself afterwards because the lists
@@ -73,31 +68,6 @@ void QuickSortPositions(std::int32_t L, std::int32_t R, TCompare& Compare, TSwap
       R = J;
     }
   }
-}
-
-/// Binary search of a sorted list of Count positions; Compare(I) compares position I with the
-/// key sought (negative, zero, positive). Answers whether an equal position was met; Index is
-/// then the first equal position when FirstOfEquals, otherwise an equal position met on the
-/// way; when none is equal, the insertion point.
-template <class TCompare>
-bool SortedFind(std::int32_t Count, bool FirstOfEquals, TCompare&& Compare, std::int32_t& Index) {
-  bool Result = false;
-  std::int32_t L = 0, H = Count - 1;
-  while (L <= H) {
-    const std::int32_t I = L + (H - L) / 2;
-    const int C = Compare(I);
-    if (C < 0) {
-      L = I + 1;
-    } else {
-      H = I - 1;
-      if (C == 0) {
-        Result = true;
-        if (!FirstOfEquals) L = I;
-      }
-    }
-  }
-  Index = L;
-  return Result;
 }
 
 }  // namespace kz::detail
