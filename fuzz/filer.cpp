@@ -1,12 +1,11 @@
-// The component filer reading arbitrary bytes: a tree of the filer tests' components
-// (published values of every kind, a sub-object, an owned collection, defined list and binary
-// properties) with a collection whose items keep their classes. Whatever it accepts must write back, read
+// The component filer reading arbitrary bytes: a tree of the filer tests' drawings (published
+// values of every kind, a sub-object, an owned collection, defined list and binary properties
+// and a collection whose items keep their classes). Whatever it accepts must write back, read
 // again and write the very same bytes.
 #include <memory>
 
 #include "FuzzSupport.h"
-#include "GStreams/GStreams.h"
-#include "Runtime/FilerClasses.h"
+#include "GStreams/Drawing.h"
 
 using namespace kz;
 using namespace kztest;
@@ -14,24 +13,10 @@ using kzfuzz::Check;
 
 namespace {
 
-// The test gadget, plus a collection whose items keep their own classes.
-class TWidget : public TGadget {
-  KZ_CLASS(TWidget, TGadget)
- public:
-  explicit TWidget(TComponent* AOwner) : TGadget(AOwner) {}
-  void DefineProperties(TFiler* Filer) override {
-    inherited::DefineProperties(Filer);
-    Filer->DefineProperty(
-        u"Shapes", [this](TReader* R) { TGSpecialFiler(R).ReadCollection(&FShapes); },
-        [this](TWriter* W) { TGSpecialFiler(W).WriteCollection(&FShapes); }, FShapes.GetCount() > 0);
-  }
-  TCollection FShapes{&TTag::ClassInfo()};
-};
-
 void RegisterOnce() {
   static const bool Done = [] {
     RegisterFilerTestClasses();
-    RegisterClass(TWidget::ClassInfo());
+    RegisterClass(TDrawing::ClassInfo());
     return true;
   }();
   (void)Done;
