@@ -3,6 +3,9 @@
 
 #include <cmath>
 #include <limits>
+#include <typeinfo>
+
+#include "GHashTable/internal/StringKeyHash.h"
 
 namespace kz {
 
@@ -148,23 +151,72 @@ TGHashtableEntry* TGCustomHashtable::FindInBucket(std::int32_t Bucket, Pointer K
   return nullptr;
 }
 
+TGCustomHashtable::TKeyPath TGCustomHashtable::DecideKeyPath() {
+  // typeid names the complete object's class (while a base is being constructed it names
+  // that base, and no constructor of the library looks a key up).
+  const std::type_info& Class = typeid(*this);
+  if (Class == typeid(TGCustomHashtable) || Class == typeid(TGHashtable) || Class == typeid(TGHashIntTable))
+    FKeyPath = kpWord;
+  else if (Class == typeid(TGStringHashtable))
+    FKeyPath = kpString;
+  else
+    FKeyPath = kpOverridable;
+  return FKeyPath;
+}
+
+std::int32_t TGCustomHashtable::DirectBucket(Pointer Key, std::uint32_t Capacity) {
+  std::uint32_t K;
+  if (FKeyPath == kpString) {
+    K = detail::StringKeyHash(*static_cast<const String*>(Key));
+    if (K == 0) throw EGHashtableError(SNullArgument);  // what the string table's HashCode says
+    Key = reinterpret_cast<Pointer>(static_cast<std::uintptr_t>(K));
+  } else {
+    K = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(Key));
+  }
+  // The same numbers as HashCode: division in line, the digit functions through it.
+  if (FHashType == htDivision) return static_cast<std::int32_t>((K & 0x7FFFFFFFu) % Capacity);
+  return TGCustomHashtable::HashCode(Key, static_cast<std::int32_t>(Capacity));
+}
+
+TGHashtableEntry* TGCustomHashtable::DirectFind(std::int32_t Bucket, Pointer Key) {
+  TGHashtableEntry* E = FBuckets[Bucket];
+  if (FKeyPath == kpWord) {
+    while (E && !(E->FKey == Key && E->FHash == Bucket)) E = E->FNext;
+  } else {
+    const String& S = *static_cast<const String*>(Key);
+    while (E && !(E->FHash == Bucket && static_cast<TGStringHashtableEntry*>(E)->GetKeyString() == S)) E = E->FNext;
+  }
+  return E;
+}
+
+TGHashtableEntry* TGCustomHashtable::Locate(Pointer Key, std::int32_t& Bucket) {
+  if (Direct() && FCapacity > 0 && FCapacity <= MaxCapacity) {
+    Bucket = DirectBucket(Key, FCapacity);
+    return DirectFind(Bucket, Key);
+  }
+  Bucket = BucketOf(Key);
+  return FindInBucket(Bucket, Key);
+}
+
 bool TGCustomHashtable::HasKey(Pointer Key, TGHashtableEntry*& Entry) {
   Entry = nullptr;
   if (FCount == 0) return false;
   if (!Key) throw EGHashtableError(SNullArgument);
-  Entry = FindInBucket(BucketOf(Key), Key);
+  std::int32_t Bucket;
+  Entry = Locate(Key, Bucket);
   return Entry != nullptr;
 }
 
 bool TGCustomHashtable::HasKey(Pointer Key) {
   TGHashtableEntry* Entry;
-  return HasKey(Key, Entry);
+  return Direct() ? TGCustomHashtable::HasKey(Key, Entry) : HasKey(Key, Entry);
 }
 
 TGHashtableEntry* TGCustomHashtable::FindEntry(Pointer Key) {
   if (FCount == 0) return nullptr;
   if (!Key) throw EGHashtableError(SNullArgument);
-  return FindInBucket(BucketOf(Key), Key);
+  std::int32_t Bucket;
+  return Locate(Key, Bucket);
 }
 
 Pointer TGCustomHashtable::GetValue(Pointer Key) {
@@ -179,9 +231,13 @@ std::unique_ptr<TGHashtableEntry> TGCustomHashtable::NewHashtableEntry() {
 }
 
 TGHashtableEntry* TGCustomHashtable::AddEntry(std::int32_t Bucket, Pointer Key, Pointer Value) {
-  std::unique_ptr<TGHashtableEntry> New = NewHashtableEntry();
+  const bool Word = KeyPath() == kpWord;
+  std::unique_ptr<TGHashtableEntry> New = Word ? std::make_unique<TGHashtableEntry>() : NewHashtableEntry();
   New->FHash = Bucket;
-  New->SetKey(Key);
+  if (Word)
+    New->FKey = Key;
+  else
+    New->SetKey(Key);
   New->FItem = Value;
   TGHashtableEntry* E = New.release();
   E->FNext = FBuckets[Bucket];
@@ -225,8 +281,8 @@ void TGCustomHashtable::CheckCanGrow() {
 void TGCustomHashtable::PutValue(Pointer Key, Pointer Value) {
   if (!Key) throw EGHashtableError(SNullArgument);
   if (FOwner) FOwner->BeforePut(this, Key, Value);
-  const std::int32_t B = BucketOf(Key);
-  if (TGHashtableEntry* E = FindInBucket(B, Key)) {
+  std::int32_t B;
+  if (TGHashtableEntry* E = Locate(Key, B)) {
     E->FItem = Value;
     Change();
     return;
@@ -248,14 +304,11 @@ Pointer TGCustomHashtable::RemoveValue(Pointer Key) {
   if (FCount == 0) throw EGHashtableError(STableEmpty);
   if (!Key) throw EGHashtableError(SNullArgument);
   if (FOwner) FOwner->BeforeRemove(this, Key);
-  const std::int32_t B = BucketOf(Key);
-  TGHashtableEntry* Prev = nullptr;
-  TGHashtableEntry* E = FBuckets[B];
-  while (E && !(E->FHash == B && E->KeyEquals(Key))) {
-    Prev = E;
-    E = E->FNext;
-  }
+  std::int32_t B;
+  TGHashtableEntry* const E = Locate(Key, B);
   if (!E) throw EGHashtableError(SNoSuchElement);
+  TGHashtableEntry* Prev = nullptr;
+  for (TGHashtableEntry* P = FBuckets[B]; P != E; P = P->FNext) Prev = P;
   // Removing the cursor entry while walking positions backward keeps the walk going.
   if (FCachedIndex > 0 && E == FCachedEntry && FCount > 1)
     GoToEntry(FCachedIndex - 1);
@@ -324,9 +377,14 @@ void TGCustomHashtable::SetCapacity(std::uint32_t NewCapacity) {
   // table as it was.
   std::vector<std::int32_t> NewBuckets;
   NewBuckets.reserve(static_cast<std::size_t>(FCount));
+  const bool InLine = OldCapacity > 0 && NewCapacity <= MaxCapacity && Direct();
   for (std::uint32_t B = OldCapacity; B-- > 0;)
     for (TGHashtableEntry* E = FBuckets[B]; E; E = E->FNext) {
-      const std::int32_t NB = HashCode(E->GetKey(), static_cast<std::int32_t>(NewCapacity));
+      const std::int32_t NB =
+          !InLine ? HashCode(E->GetKey(), static_cast<std::int32_t>(NewCapacity))
+          : FKeyPath == kpWord
+              ? DirectBucket(E->FKey, NewCapacity)
+              : DirectBucket(const_cast<String*>(&static_cast<TGStringHashtableEntry*>(E)->GetKeyString()), NewCapacity);
       if (NB < 0 || static_cast<std::uint32_t>(NB) >= NewCapacity) throw EGHashtableError(SSubscriptOutOfRange);
       NewBuckets.push_back(NB);
     }
@@ -483,17 +541,24 @@ void TGCustomHashtable::Assign(TPersistent* Source) {
 
 // ---- TGHashtable ----
 
-Pointer TGHashtable::Get(Pointer Key) { return GetValue(Key); }
+// A table of the library's own class cannot have replaced the core operations, so they are
+// called without the virtual dispatch.
+Pointer TGHashtable::Get(Pointer Key) { return Direct() ? TGCustomHashtable::GetValue(Key) : GetValue(Key); }
 
-void TGHashtable::Put(Pointer Key, Pointer Value) { PutValue(Key, Value); }
+void TGHashtable::Put(Pointer Key, Pointer Value) {
+  if (Direct())
+    TGCustomHashtable::PutValue(Key, Value);
+  else
+    PutValue(Key, Value);
+}
 
-Pointer TGHashtable::Remove(Pointer Key) { return RemoveValue(Key); }
+Pointer TGHashtable::Remove(Pointer Key) { return Direct() ? TGCustomHashtable::RemoveValue(Key) : RemoveValue(Key); }
 
 bool TGHashtable::ContainsKey(Pointer Key) { return HasKey(Key); }
 
 bool TGHashtable::ContainsKey(Pointer Key, Pointer& Value) {
   TGHashtableEntry* E;
-  const bool Found = HasKey(Key, E);
+  const bool Found = Direct() ? TGCustomHashtable::HasKey(Key, E) : HasKey(Key, E);
   Value = Found ? E->GetItem() : nullptr;
   return Found;
 }

@@ -237,6 +237,23 @@ class TGCustomHashtable : public TPersistent {
   // one holding a freed entry.
   TGHashtableEnumerator* FIterators = nullptr;
 
+  // How keys are hashed and compared, fixed at the first use, when the object's class is
+  // complete: a table of exactly one of the library's classes hashes and compares in line;
+  // any subclass goes through its HashCode, NewHashtableEntry and KeyEquals.
+  enum TKeyPath : std::uint8_t { kpUndecided, kpOverridable, kpWord, kpString };
+  TKeyPath KeyPath() { return FKeyPath != kpUndecided ? FKeyPath : DecideKeyPath(); }
+  TKeyPath DecideKeyPath();
+  bool Direct() { return KeyPath() != kpOverridable; }
+  // The in-line bucket and bucket search of a direct table (Key not null, Capacity > 0).
+  std::int32_t DirectBucket(Pointer Key, std::uint32_t Capacity);
+  TGHashtableEntry* DirectFind(std::int32_t Bucket, Pointer Key);
+  // Key's bucket and entry (or null) on whichever path the table takes.
+  TGHashtableEntry* Locate(Pointer Key, std::int32_t& Bucket);
+  TKeyPath FKeyPath = kpUndecided;
+
+  friend class TGHashtable;
+  friend class TGStringHashtable;
+
   friend class TGHashtableEnumerator;
 };
 

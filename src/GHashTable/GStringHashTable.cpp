@@ -1,6 +1,7 @@
 #include "GHashTable/GHashTable.h"
-#include "Runtime/WithinUpdate.h"
+#include "GHashTable/internal/StringKeyHash.h"
 #include "Runtime/StringLists.h"
+#include "Runtime/WithinUpdate.h"
 
 namespace kz {
 
@@ -21,17 +22,9 @@ bool TGStringHashtableEntry::KeyEquals(Pointer Key) {
 
 std::int32_t TGStringHashtable::HashCode(Pointer Key, std::int32_t Size) {
   if (!Key) throw EGHashtableError(SNullArgument);
-  const String& S = *static_cast<const String*>(Key);
-  const std::size_t L = S.size();
-  std::uint32_t H = 0;
-  // Long strings are sampled: every (L div 8)-th code unit from the first, 8 to 12 of them.
-  if (L >= 16) {
-    const std::size_t Step = L / 8;
-    for (std::size_t I = 0; I < L; I += Step) H = H * 39 + S[I];
-  } else {
-    for (Char C : S) H = H * 37 + C;
-  }
-  // A sum of 0 is refused as the word hash refuses a null key.
+  // The same number as the tables' in-line path; a sum of 0 is refused as the word hash
+  // refuses a null key.
+  const std::uint32_t H = detail::StringKeyHash(*static_cast<const String*>(Key));
   if (H == 0) throw EGHashtableError(SNullArgument);
   return HashWord(static_cast<std::int32_t>(H), Size);
 }
@@ -40,17 +33,28 @@ std::unique_ptr<TGHashtableEntry> TGStringHashtable::NewHashtableEntry() {
   return std::make_unique<TGStringHashtableEntry>();
 }
 
-Pointer TGStringHashtable::Get(const String& Key) { return GetValue(KeyWord(Key)); }
+// As for word tables, the library's own class calls the core without virtual dispatch.
+Pointer TGStringHashtable::Get(const String& Key) {
+  return Direct() ? TGCustomHashtable::GetValue(KeyWord(Key)) : GetValue(KeyWord(Key));
+}
 
-void TGStringHashtable::Put(const String& Key, Pointer Value) { PutValue(KeyWord(Key), Value); }
+void TGStringHashtable::Put(const String& Key, Pointer Value) {
+  if (Direct())
+    TGCustomHashtable::PutValue(KeyWord(Key), Value);
+  else
+    PutValue(KeyWord(Key), Value);
+}
 
-Pointer TGStringHashtable::Remove(const String& Key) { return RemoveValue(KeyWord(Key)); }
+Pointer TGStringHashtable::Remove(const String& Key) {
+  return Direct() ? TGCustomHashtable::RemoveValue(KeyWord(Key)) : RemoveValue(KeyWord(Key));
+}
 
 bool TGStringHashtable::ContainsKey(const String& Key) { return !Key.empty() && HasKey(KeyWord(Key)); }
 
 bool TGStringHashtable::ContainsKey(const String& Key, Pointer& Value) {
   TGHashtableEntry* E = nullptr;
-  const bool Found = !Key.empty() && HasKey(KeyWord(Key), E);
+  const bool Found =
+      !Key.empty() && (Direct() ? TGCustomHashtable::HasKey(KeyWord(Key), E) : HasKey(KeyWord(Key), E));
   Value = Found ? E->GetItem() : nullptr;
   return Found;
 }

@@ -3,25 +3,12 @@
 #include <random>
 
 #include "GStreams/GStreams.h"
+#include "GStreams/Drawing.h"
 #include "Runtime/FilerFixture.h"
 
 using namespace kztest;
 
 namespace {
-
-// A gadget that also stores a collection whose items keep their own classes.
-class TDrawing : public TGadget {
-  KZ_CLASS(TDrawing, TGadget)
- public:
-  explicit TDrawing(TComponent* AOwner) : TGadget(AOwner) {}
-  void DefineProperties(TFiler* Filer) override {
-    inherited::DefineProperties(Filer);
-    Filer->DefineProperty(
-        u"Shapes", [this](TReader* R) { TGSpecialFiler(R).ReadCollection(&FShapes); },
-        [this](TWriter* W) { TGSpecialFiler(W).WriteCollection(&FShapes); }, true);
-  }
-  TCollection FShapes{&TTag::ClassInfo()};
-};
 
 // Every kind of property, and shapes of both item classes.
 void Draw(TDrawing& D) {

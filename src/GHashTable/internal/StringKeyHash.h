@@ -1,0 +1,24 @@
+// The string tables' key hash, shared by their HashCode and the tables' in-line path.
+#pragma once
+
+#include <cstdint>
+
+#include "Runtime/Types.h"
+
+namespace kz::detail {
+
+/// Multiplicative hash over the code units; long strings are sampled: every (L div 8)-th
+/// code unit from the first, 8 to 12 of them.
+inline std::uint32_t StringKeyHash(const String& S) {
+  const std::size_t L = S.size();
+  std::uint32_t H = 0;
+  if (L >= 16) {
+    const std::size_t Step = L / 8;
+    for (std::size_t I = 0; I < L; I += Step) H = H * 39 + S[I];
+  } else {
+    for (Char C : S) H = H * 37 + C;
+  }
+  return H;
+}
+
+}  // namespace kz::detail
