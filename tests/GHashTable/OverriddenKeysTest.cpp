@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "GHashTable/GHashTable.h"
+#include "Runtime/Text.h"
 
 using namespace kz;
 
