@@ -102,10 +102,14 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   };
 
   class TPairEnumerator;
-  class TKeyEnumerator;
-  class TValueEnumerator;
-  class TKeyCollection;
-  class TValueCollection;
+  template <class T, T TItem::*Part>
+  class TPartEnumerator;
+  template <class T, T TItem::*Part>
+  class TPartCollection;
+  using TKeyEnumerator = TPartEnumerator<K, &TItem::Key>;
+  using TValueEnumerator = TPartEnumerator<V, &TItem::Value>;
+  using TKeyCollection = TPartCollection<K, &TItem::Key>;
+  using TValueCollection = TPartCollection<V, &TItem::Value>;
 
   /// Room for Capacity entries without growing (0: no buckets until the first add). A null
   /// comparer means the default comparer of K.
@@ -405,6 +409,7 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
 template <class K, class V>
 class TKZDictionary<K, V>::TPairEnumerator final : public TKZEnumerator<TPair<K, V>> {
   using TBase = TKZEnumerator<TPair<K, V>>;
+
  public:
   using TMeta = typename TBase::TMeta;  // a dependent base hides it from KZ_CLASS
   KZ_CLASS(TPairEnumerator, TBase)
@@ -416,12 +421,7 @@ class TKZDictionary<K, V>::TPairEnumerator final : public TKZEnumerator<TPair<K,
     return TPair<K, V>{Item.Key, Item.Value};
   }
 
- private:
-  const TKZDictionary* FDictionary;
-  std::int32_t FIndex = -1;
-
- public:
-  // Shared by the three enumerators: the next live bucket after Index, and a checked read.
+  // Shared by the enumerators: the next live bucket after Index, and a checked read.
   static bool Step(const TKZDictionary* D, std::int32_t& Index) {
     const auto Length = static_cast<std::int32_t>(D->FItems.size());
     while (Index < Length - 1) {
@@ -436,71 +436,46 @@ class TKZDictionary<K, V>::TPairEnumerator final : public TKZEnumerator<TPair<K,
       throw EListError(Runtime::SListIndexError, {Index});
     return D->FItems[static_cast<std::size_t>(Index)];
   }
-};
-
-template <class K, class V>
-class TKZDictionary<K, V>::TKeyEnumerator final : public TKZEnumerator<K> {
- public:
-  using TMeta = typename TKZEnumerator<K>::TMeta;  // a dependent base hides it from KZ_CLASS
-  KZ_CLASS(TKeyEnumerator, TKZEnumerator<K>)
- public:
-  explicit TKeyEnumerator(const TKZDictionary* Dictionary) : FDictionary(Dictionary) {}
-  bool MoveNext() override { return TPairEnumerator::Step(FDictionary, FIndex); }
-  K GetCurrent() const override { return TPairEnumerator::At(FDictionary, FIndex).Key; }
 
  private:
   const TKZDictionary* FDictionary;
   std::int32_t FIndex = -1;
 };
 
+/// Walks the keys (or the values) of a dictionary in bucket order.
 template <class K, class V>
-class TKZDictionary<K, V>::TValueEnumerator final : public TKZEnumerator<V> {
+template <class T, T TKZDictionary<K, V>::TItem::*Part>
+class TKZDictionary<K, V>::TPartEnumerator final : public TKZEnumerator<T> {
  public:
-  using TMeta = typename TKZEnumerator<V>::TMeta;  // a dependent base hides it from KZ_CLASS
-  KZ_CLASS(TValueEnumerator, TKZEnumerator<V>)
+  using TMeta = typename TKZEnumerator<T>::TMeta;  // a dependent base hides it from KZ_CLASS
+  KZ_CLASS(TPartEnumerator, TKZEnumerator<T>)
  public:
-  explicit TValueEnumerator(const TKZDictionary* Dictionary) : FDictionary(Dictionary) {}
+  explicit TPartEnumerator(const TKZDictionary* Dictionary) : FDictionary(Dictionary) {}
   bool MoveNext() override { return TPairEnumerator::Step(FDictionary, FIndex); }
-  V GetCurrent() const override { return TPairEnumerator::At(FDictionary, FIndex).Value; }
+  T GetCurrent() const override { return TPairEnumerator::At(FDictionary, FIndex).*Part; }
 
  private:
   const TKZDictionary* FDictionary;
   std::int32_t FIndex = -1;
 };
 
-/// The keys of a dictionary as an enumerable view (no copy).
+/// The keys (or the values) of a dictionary as an enumerable view (no copy).
 template <class K, class V>
-class TKZDictionary<K, V>::TKeyCollection final : public TKZEnumerable<K> {
+template <class T, T TKZDictionary<K, V>::TItem::*Part>
+class TKZDictionary<K, V>::TPartCollection final : public TKZEnumerable<T> {
  public:
-  using TMeta = typename TKZEnumerable<K>::TMeta;  // a dependent base hides it from KZ_CLASS
-  KZ_CLASS(TKeyCollection, TKZEnumerable<K>)
+  using TMeta = typename TKZEnumerable<T>::TMeta;  // a dependent base hides it from KZ_CLASS
+  KZ_CLASS(TPartCollection, TKZEnumerable<T>)
  public:
-  explicit TKeyCollection(const TKZDictionary* Dictionary) : FDictionary(Dictionary) {}
+  explicit TPartCollection(const TKZDictionary* Dictionary) : FDictionary(Dictionary) {}
   std::int32_t GetCount() const { return FDictionary->GetCount(); }
-  std::unique_ptr<TKeyEnumerator> GetEnumerator() const { return std::make_unique<TKeyEnumerator>(FDictionary); }
-  std::vector<K> ToArray() const override { return this->ToArrayImpl(GetCount()); }
+  std::unique_ptr<TPartEnumerator<T, Part>> GetEnumerator() const {
+    return std::make_unique<TPartEnumerator<T, Part>>(FDictionary);
+  }
+  std::vector<T> ToArray() const override { return this->ToArrayImpl(GetCount()); }
 
  protected:
-  std::unique_ptr<TKZEnumerator<K>> DoGetEnumerator() const override { return GetEnumerator(); }
-
- private:
-  const TKZDictionary* FDictionary;
-};
-
-/// The values of a dictionary as an enumerable view (no copy).
-template <class K, class V>
-class TKZDictionary<K, V>::TValueCollection final : public TKZEnumerable<V> {
- public:
-  using TMeta = typename TKZEnumerable<V>::TMeta;  // a dependent base hides it from KZ_CLASS
-  KZ_CLASS(TValueCollection, TKZEnumerable<V>)
- public:
-  explicit TValueCollection(const TKZDictionary* Dictionary) : FDictionary(Dictionary) {}
-  std::int32_t GetCount() const { return FDictionary->GetCount(); }
-  std::unique_ptr<TValueEnumerator> GetEnumerator() const { return std::make_unique<TValueEnumerator>(FDictionary); }
-  std::vector<V> ToArray() const override { return this->ToArrayImpl(GetCount()); }
-
- protected:
-  std::unique_ptr<TKZEnumerator<V>> DoGetEnumerator() const override { return GetEnumerator(); }
+  std::unique_ptr<TKZEnumerator<T>> DoGetEnumerator() const override { return GetEnumerator(); }
 
  private:
   const TKZDictionary* FDictionary;

@@ -179,25 +179,26 @@ class TKZStringHashTable : public TKZHashTable<String, V> {
     for (TTableIterator* It = FIterators; It; It = It->FNextIterator) It->FTable = nullptr;
   }
 
-  /// A string list: Clear, then Add(line, V{}) for each line (a repeated line raises), in one
-  /// update. Other sources as the dictionary.
+  /// A string list: Clear, then Add(line, LineValue) for each line (a repeated line raises),
+  /// in one update. Other sources as the dictionary.
   void Assign(TPersistent* Source) override {
     if (auto* Lines = dynamic_cast<TStrings*>(Source)) {
       WithinUpdate(*this, [&] {
         this->Clear();
-        for (std::int32_t i = 0; i < Lines->GetCount(); ++i) this->Add(Lines->Get(i), V{});
+        for (std::int32_t i = 0; i < Lines->GetCount(); ++i) this->Add(Lines->Get(i), LineValue(*Lines, i));
       });
       return;
     }
     THashTableBase::Assign(Source);
   }
-  /// A string list gets the keys in enumeration order (cleared first, in one update); an
-  /// object with a published string property "Text" gets them one per line.
+  /// A string list gets one line per entry (AddLine) in enumeration order, cleared first, in
+  /// one update; an object with a published string property "Text" gets the keys one per line.
   void AssignTo(TPersistent* Dest) override {
     if (auto* Lines = dynamic_cast<TStrings*>(Dest)) {
       WithinUpdate(*Lines, [&] {
         Lines->Clear();
-        for (auto E = this->GetKeys()->GetEnumerator(); E->MoveNext();) Lines->Add(E->GetCurrent());
+        for (const TItem& Item : this->GetItems())
+          if (Item.HashCode != -1) AddLine(*Lines, Item);
       });
       return;
     }
@@ -205,7 +206,7 @@ class TKZStringHashTable : public TKZHashTable<String, V> {
       for (const TPropInfo& Prop : GetPropList(Dest->ClassType()))
         if (Prop.Kind == pkString && Prop.Set && Prop.Name == u"Text") {
           TStringList Temp;
-          AssignTo(&Temp);
+          TKZStringHashTable::AssignTo(&Temp);
           Prop.Set(Dest, TVariant(Temp.GetText()));
           return;
         }
@@ -215,6 +216,15 @@ class TKZStringHashTable : public TKZHashTable<String, V> {
   [[nodiscard]] TIntfPtr<IStringIterator> Indices() { return TIntfPtr<IStringIterator>(new TStringIterator(this)); }
 
  protected:
+  /// The value a line of a string list brings: V{} here.
+  virtual V LineValue(const TStrings& Lines, std::int32_t Index) const {
+    (void)Lines;
+    (void)Index;
+    return V{};
+  }
+  /// How an entry goes into a string list: its key here.
+  virtual void AddLine(TStrings& Lines, const TItem& Item) const { Lines.Add(Item.Key); }
+
   TTableIterator* FIterators = nullptr;
 };
 
@@ -308,32 +318,13 @@ class TKZStringObjectHashTable : public TKZStringHashTable<T*> {
 
   class TObjectIterator;
 
-  /// A string list: Clear, then Add(line, object) for each line, in one update.
-  void Assign(TPersistent* Source) override {
-    if (auto* Lines = dynamic_cast<TStrings*>(Source)) {
-      WithinUpdate(*this, [&] {
-        this->Clear();
-        for (std::int32_t i = 0; i < Lines->GetCount(); ++i) this->Add(Lines->Get(i), As<T>(Lines->GetObject(i)));
-      });
-      return;
-    }
-    TStringTableBase::Assign(Source);
-  }
-  /// A string list gets every pair as (line, object) in enumeration order, cleared first, in
-  /// one update; other destinations as TKZStringHashTable.
-  void AssignTo(TPersistent* Dest) override {
-    if (auto* Lines = dynamic_cast<TStrings*>(Dest)) {
-      WithinUpdate(*Lines, [&] {
-        Lines->Clear();
-        for (const TItem& Item : this->GetItems())
-          if (Item.HashCode != -1) Lines->AddObject(Item.Key, Item.Value);
-      });
-      return;
-    }
-    TStringTableBase::AssignTo(Dest);
-  }
-
   [[nodiscard]] TIntfPtr<IObjectIterator> Elements() { return TIntfPtr<IObjectIterator>(new TObjectIterator(this)); }
+
+ protected:
+  /// A line's object, which must be a T (else EInvalidCast).
+  T* LineValue(const TStrings& Lines, std::int32_t Index) const override { return As<T>(Lines.GetObject(Index)); }
+  /// (key, value) as (line, object).
+  void AddLine(TStrings& Lines, const TItem& Item) const override { Lines.AddObject(Item.Key, Item.Value); }
 };
 
 /// The values of a string-to-object table; GetCount is the table's Count.
