@@ -124,10 +124,10 @@ void Remove(benchmark::State& State) {
 }
 
 #define KZ_GENERICS_BENCH(Map, Key)                                                     \
-  BENCHMARK(Insert<Map, Key>)->Name(#Map "/" #Key "/insert")->RangeMultiplier(64)->Range(1 << 10, 1 << 20); \
-  BENCHMARK(Lookup<Map, Key, true>)->Name(#Map "/" #Key "/hit")->RangeMultiplier(64)->Range(1 << 10, 1 << 20); \
-  BENCHMARK(Lookup<Map, Key, false>)->Name(#Map "/" #Key "/miss")->RangeMultiplier(64)->Range(1 << 10, 1 << 20); \
-  BENCHMARK(Remove<Map, Key>)->Name(#Map "/" #Key "/remove")->RangeMultiplier(64)->Range(1 << 10, 1 << 20);
+  BENCHMARK(Insert<Map, Key>)->Name(#Map "/" #Key "/insert")->Arg(1 << 10)->Arg(1 << 16)->Arg(1 << 20); \
+  BENCHMARK(Lookup<Map, Key, true>)->Name(#Map "/" #Key "/hit")->Arg(1 << 10)->Arg(1 << 16)->Arg(1 << 20); \
+  BENCHMARK(Lookup<Map, Key, false>)->Name(#Map "/" #Key "/miss")->Arg(1 << 10)->Arg(1 << 16)->Arg(1 << 20); \
+  BENCHMARK(Remove<Map, Key>)->Name(#Map "/" #Key "/remove")->Arg(1 << 10)->Arg(1 << 16)->Arg(1 << 20);
 
 using TInt = std::int32_t;
 KZ_GENERICS_BENCH(TKZ, TInt)

@@ -173,23 +173,6 @@ TEST(KZHashTable, ChangesUpdatesAndEmptyTable) {
   EXPECT_EQ(Changes, 7);
 }
 
-TEST(KZHashTable, DestructionTellsNothing) {
-  int Calls = 0;
-  {
-    TKZHashTable<int, int> T;
-    T.Add(1, 1);
-    T.SetOnKeyNotify([&](TObject*, const int&, TKZNotifyAction) { ++Calls; });
-    T.SetOnChange([&](TObject*) { ++Calls; });
-  }
-  EXPECT_EQ(Calls, 0);
-  {
-    TKZDictionary<int, int> D;
-    D.Add(1, 1);
-    D.SetOnKeyNotify([&](TObject*, const int&, TKZNotifyAction A) { Calls += A == naRemoved; });
-  }
-  EXPECT_EQ(Calls, 1);
-}
-
 TEST(KZHashTable, PositionalAccessBothWays) {
   TKZHashTable<int, int> T;
   for (int K = 0; K < 40; ++K) T.Add(K, K * 3);
@@ -237,28 +220,6 @@ TEST(KZHashTable, ObsoleteStoredPropertiesAreReadAndDropped) {
     W.WriteProperties(&T);
   }
   EXPECT_EQ(Out.GetSize(), 0);  // nothing is written for them
-}
-
-TEST(KZDictionary, AssignConstructAndCustomComparer) {
-  TKZDictionary<String, int> A{{u"a", 1}, {u"b", 2}, {u"a", 3}};
-  EXPECT_EQ(A.GetCount(), 2);
-  EXPECT_EQ(A.GetItem(u"a"), 3);
-  TKZDictionary<String, int> B(&A);
-  EXPECT_EQ(B.GetItem(u"b"), 2);
-  TKZDictionary<String, int> C;
-  C.Add(u"z", 26);
-  C.Assign(&B);
-  EXPECT_FALSE(C.ContainsKey(u"z"));
-  EXPECT_TRUE(C.ContainsValue(3));
-  EXPECT_FALSE(C.ContainsValue(26));
-  TKZDictionary<int, int> Other;
-  EXPECT_THROW(C.Assign(&Other), EConvertError);
-  auto NoCase = TEqualityComparer<String>::Construct([](const String& X, const String& Y) { return CompareText(X, Y) == 0; },
-                                                     [](const String& X) { return static_cast<std::int32_t>(X.size()); });
-  TKZDictionary<String, int> D(NoCase);
-  D.Add(u"Key", 1);
-  EXPECT_THROW(D.Add(u"KEY", 2), EListError);
-  EXPECT_EQ(D.GetItem(u"kEy"), 1);
 }
 
 TEST(KZDictionary, FullTableAfterSetCapacityOfCount) {

@@ -17,17 +17,6 @@ class TNamed : public TObject {
   int Number;
 };
 
-// Anything with a published string property "Text".
-class TTextHolder : public TPersistent {
-  KZ_CLASS(TTextHolder, TPersistent)
- public:
-  String GetText() const { return FText; }
-  void SetText(String Value) { FText = std::move(Value); }
-
- private:
-  String FText;
-};
-
 }  // namespace
 
 TEST(KZStringObjectHashTable, StringListsBothWays) {
@@ -67,10 +56,6 @@ TEST(KZStringObjectHashTable, StringListsBothWays) {
   Two.Add(u"y");
   Keys.Assign(&Two);
   EXPECT_EQ(Keys.GetItem(u"y"), 0);
-  RegisterProperties(TTextHolder::ClassInfo(), {Published(u"Text", &TTextHolder::GetText, &TTextHolder::SetText)});
-  TTextHolder Holder;
-  Keys.AssignTo(&Holder);
-  EXPECT_EQ(Holder.GetText(), Keys.GetKeyByIndex(0) + u"\r\n" + Keys.GetKeyByIndex(1) + u"\r\n");
   TKZDictionary<int, int> Unrelated;
   EXPECT_THROW(Keys.AssignTo(&Unrelated), EConvertError);
 }
