@@ -10,7 +10,7 @@ using namespace Runtime;
 namespace {
 
 // Package order. None of the units builds global state at start-up.
-constexpr std::array<TPackageUnit, 17> GUnits{{
+constexpr std::array<TPackageUnit, 18> GUnits{{
     {"Runtime", nullptr, nullptr},
     {"KZConstants", nullptr, nullptr},
     {"KZMessages", nullptr, nullptr},
@@ -28,6 +28,7 @@ constexpr std::array<TPackageUnit, 17> GUnits{{
     {"GValue", nullptr, nullptr},
     {"KZVector", nullptr, nullptr},
     {"KZEncodedBits", nullptr, nullptr},
+    {"KZGenerics.Collections", nullptr, nullptr},
 }};
 
 std::array<std::atomic<bool>, GUnits.size()> GInitialized{};

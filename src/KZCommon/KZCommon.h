@@ -22,6 +22,7 @@
 #include "GValue/GValue.h"
 #include "KZVector/KZVector.h"
 #include "KZEncodedBits/KZEncodedBits.h"
+#include "KZGenerics.Collections/KZGenerics.Collections.h"
 
 namespace kz {
 
