@@ -1,0 +1,15 @@
+#include <initializer_list>
+
+#include "GGraph/GGraph.h"
+
+namespace kz::GGraph {
+
+void Initialize() {
+  for (const TMetaClass* C : std::initializer_list<const TMetaClass*>{
+           &TGGraphNode::ClassInfo(), &TGLinkedGraphNode::ClassInfo(), &TWeightedNode::ClassInfo(),
+           &TGGraphEdge::ClassInfo(), &TWeightedEdge::ClassInfo()})
+    RegisterClass(*C);
+  RegisterComponents(PalettePage, {&TGGraph::ClassInfo()});
+}
+
+}  // namespace kz::GGraph
