@@ -1,6 +1,7 @@
 #include <initializer_list>
 
 #include "GGraph/GGraph.h"
+#include "Runtime/Filer.h"
 
 namespace kz::GGraph {
 
@@ -9,6 +10,8 @@ void Initialize() {
            &TGGraphNode::ClassInfo(), &TGLinkedGraphNode::ClassInfo(), &TWeightedNode::ClassInfo(),
            &TGGraphEdge::ClassInfo(), &TWeightedEdge::ClassInfo()})
     RegisterClass(*C);
+  RegisterProperties(TGCustomGraph::ClassInfo(),
+                     {Published(u"Directed", &TGCustomGraph::GetDirected, &TGCustomGraph::SetDirected)});
   RegisterComponents(PalettePage, {&TGGraph::ClassInfo()});
 }
 

@@ -1,0 +1,158 @@
+#include <gtest/gtest.h>
+
+#include "GGraph/GraphSupport.h"
+
+using namespace kztest;
+
+TEST(GGraphModel, UndirectedMirrorsFollowDirectionChanges) {
+  TGGraph G(nullptr);
+  TGGraphNode* A = G.CreateNode(u"a");
+  TGGraphNode* B = G.CreateNode(u"b");
+  TGGraphEdge* AB = A->AddEdge(B);
+  A->AddEdge(A);
+  EXPECT_EQ(A->GetEdgeCount(), 2);  // a-b and the loop, once
+  EXPECT_EQ(B->GetEdgeCount(), 1);
+  EXPECT_EQ(A->GetInDegree(), 2);
+  EXPECT_EQ(B->GetInDegree(), 1);
+  EXPECT_EQ(B->IndexOfEdgeTo(A), 0);
+  ExpectConsistent(G);
+
+  G.SetDirected(true);
+  EXPECT_EQ(B->GetEdgeCount(), 0);
+  EXPECT_EQ(A->GetInDegree(), 1);
+  EXPECT_EQ(B->IndexOfEdgeTo(A), -1);
+  ExpectConsistent(G);
+  EXPECT_EQ(G.GetUpdateNodesCount(), 1);
+  // The count is never lowered: a node added now stays inside one update.
+  EXPECT_EQ(G.CreateNode(u"late")->GetUpdateCount(), 1);
+
+  G.SetDirected(false);
+  EXPECT_EQ(B->GetEdgeCount(), 1);
+  EXPECT_EQ(A->GetInDegree(), 3);  // the loop is counted again by the switch
+  delete AB;
+  EXPECT_EQ(A->GetEdgeCount(), 1);
+  EXPECT_EQ(B->GetEdgeCount(), 0);
+  EXPECT_EQ(B->GetInDegree(), 0);
+  EXPECT_EQ(G.GetUpdateNodesCount(), 2);
+}
+
+TEST(GGraphModel, ClearingANodeDropsEveryArrivingEdge) {
+  for (TGGraphNodeClass C : {&TGGraphNode::ClassInfo(), &TGLinkedGraphNode::ClassInfo()}) {
+    TGGraph G(nullptr);
+    G.SetNodeClass(C);
+    TGGraphNode* A = G.CreateNode(u"a");
+    TGGraphNode* B = G.CreateNode(u"b");
+    TGGraphNode* T = G.CreateNode(u"t");
+    A->AddEdge(B);  // made undirected: a linked node's incoming list misses it later
+    G.SetDirected(true);
+    A->AddEdge(T);
+    B->AddEdge(T);
+    T->AddEdge(A);
+    T->Clear();
+    EXPECT_EQ(T->GetInDegree(), 0);
+    EXPECT_EQ(A->GetEdgeCount(), 1);
+    EXPECT_EQ(A->GetInDegree(), 0);
+    EXPECT_TRUE(G.RemoveNode(u"b"));  // b's edge out, a's edge in: nothing may point at b
+    EXPECT_EQ(A->GetEdgeCount(), 0);
+    ExpectConsistent(G);
+    EXPECT_EQ(G.GetNodeCount(), 2);
+  }
+}
+
+TEST(GGraphModel, CaptionsNamesAndLookups) {
+  TGGraph G(nullptr);
+  EXPECT_EQ(G.NewNode()->GetCaption(), u"TGGraphNode0");
+  G.SetNodeClass(&TWeightedNode::ClassInfo());
+  EXPECT_EQ(G.NewNode()->GetCaption(), u"TWeightedNode1");
+  G.Clear();
+  EXPECT_EQ(G.NewNode()->GetCaption(), u"TWeightedNode0");
+
+  TGGraphNode* X1 = G.CreateNode(u"x");
+  TGGraphNode* X2 = G.CreateNode(u"x");
+  EXPECT_EQ(G.FindNode(u"x"), X1);
+  X2->SetCaption(u"y");
+  X2->SetCaption(u"x");
+  EXPECT_EQ(G.FindNode(u"x"), X1);  // the first in list order, not the last renamed
+  EXPECT_EQ(G.FindNode(u"X"), nullptr);
+  EXPECT_EQ(G.Extract(X1), X1);
+  EXPECT_EQ(X1->GetGraph(), nullptr);
+  EXPECT_EQ(G.FindNode(u"x"), X2);
+  EXPECT_TRUE(G.RemoveNode(u"x"));
+  EXPECT_EQ(G.FindNode(u"x"), nullptr);
+  EXPECT_FALSE(G.RemoveNode(u"x"));
+
+  try {
+    (void)X1->AddEdge(G.GetNode(0));
+    FAIL();
+  } catch (const EGraphException& E) {
+    EXPECT_EQ(E.Message(), u"Node \"x\" is unconnected to any graph");
+  }
+  TGGraph Other(nullptr);
+  EXPECT_THROW((void)G.GetNode(0)->AddEdge(Other.NewNode()), EGraphException);
+  EXPECT_THROW(TGGraphEdge(G.GetNode(0), nullptr), EGraphException);
+  delete X1;  // extracted: the caller's
+}
+
+TEST(GGraphModel, EventsAndUpdates) {
+  TGGraph G(nullptr);
+  int Changes = 0, NodeChanges = 0, Added = 0, Removed = 0;
+  String Renamed;
+  G.SetOnChange([&](TObject*) { ++Changes; });
+  G.SetOnNodeChange([&](TObject*, TGGraphNode*) { ++NodeChanges; });
+  G.SetOnAddNode([&](TObject*, TGGraphNode*) { ++Added; });
+  G.SetOnRemoveNode([&](TObject*, TGGraphNode*) { ++Removed; });
+  G.SetOnNodeCaptionChange([&](TObject*, TGGraphNode*, const String& S) { Renamed = S; });
+  TGGraphNode* A = G.CreateNode(u"a");
+  EXPECT_EQ(Added, 1);
+  EXPECT_EQ(Renamed, u"a");
+  EXPECT_EQ(Changes, 1);
+  G.BeginUpdate();
+  TGGraphNode* B = G.CreateNode(u"b");
+  A->AddEdge(B);
+  EXPECT_EQ(Changes, 1);
+  G.EndUpdate();
+  EXPECT_EQ(Changes, 2);
+  NodeChanges = 0;
+  A->BeginUpdate();
+  A->AddEdge(B);
+  EXPECT_EQ(NodeChanges, 1);  // b heard it, a is updating
+  A->EndUpdate();
+  EXPECT_EQ(NodeChanges, 2);
+  EXPECT_TRUE(G.RemoveNode(B));
+  EXPECT_EQ(Removed, 1);
+  EXPECT_EQ(A->GetEdgeCount(), 0);
+}
+
+TEST(GGraphModel, AssignAndStoredFormRoundTrips) {
+  RegisterGraphClasses();
+  for (bool Directed : {true, false}) {
+    TGGraph G(nullptr);
+    G.SetNodeClass(&TWeightedNode::ClassInfo());
+    G.SetDirected(Directed);
+    auto* A = As<TWeightedNode>(G.CreateNode(u"a"));
+    auto* B = As<TWeightedNode>(G.CreateNode(u"b"));
+    G.SetNodeClass(&TGLinkedGraphNode::ClassInfo());
+    TGGraphNode* C = G.CreateNode(u"c");
+    A->SetWeight(7);
+    As<TWeightedEdge>(A->AddEdge(B))->SetWeight(-3);
+    (void)A->AddEdge(C);
+    (void)C->AddEdge(A);
+
+    TGGraph Copy(nullptr), Loaded(nullptr);
+    Copy.Assign(&G);
+    Load(Store(G), Loaded);
+    for (TGGraph* R : {&Copy, &Loaded}) {
+      ASSERT_EQ(R->GetNodeCount(), 3);
+      EXPECT_EQ(R->GetDirected(), Directed);
+      auto* RA = As<TWeightedNode>(R->FindNode(u"a"));
+      EXPECT_EQ(RA->GetWeight(), 7);
+      EXPECT_EQ(R->FindNode(u"c")->ClassType(), &TGLinkedGraphNode::ClassInfo());
+      EXPECT_EQ(RA->GetEdgeCount(), Directed ? 2 : 3);
+      EXPECT_EQ(As<TWeightedEdge>(RA->GetEdge(0))->GetWeight(), -3);
+      EXPECT_EQ(RA->GetEdge(0)->GetToNode(), R->FindNode(u"b"));
+      ExpectConsistent(*R);
+    }
+  }
+  TGGraph G(nullptr);
+  EXPECT_THROW(G.Assign(&G), EGraphException);
+}
