@@ -181,7 +181,9 @@ TEST(GGraphAlgorithms, HeapSelectionMatchesTheScan) {
       auto* S = As<TWeightedNode>(Scan.GetNode(i));
       ASSERT_EQ(H->GetWeight(), S->GetWeight()) << "round " << Round << " node " << i;
       ASSERT_EQ(H->GetVisited(), S->GetVisited());
-      if (Paths) ASSERT_EQ(Lines(*H->GetShortestPath()), Lines(*S->GetShortestPath())) << "round " << Round;
+      if (Paths) {
+        ASSERT_EQ(Lines(*H->GetShortestPath()), Lines(*S->GetShortestPath())) << "round " << Round;
+      }
     }
   }
 }
