@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "GGraph/GraphSupport.h"
 
 using namespace kztest;
@@ -155,4 +157,43 @@ TEST(GGraphModel, AssignAndStoredFormRoundTrips) {
   }
   TGGraph G(nullptr);
   EXPECT_THROW(G.Assign(&G), EGraphException);
+}
+
+TEST(GGraphModel, BadStoredFormsRaiseAndLeaveAConsistentGraph) {
+  RegisterGraphClasses();
+  TGGraph G(nullptr);
+  G.SetDirected(true);
+  G.SetNodeClass(&TWeightedNode::ClassInfo());
+  TGGraphNode* A = G.CreateNode(u"a");
+  A->AddEdge(G.CreateNode(u"b"));
+  const TBytes Good = Store(G);
+  // Good with Bytes written at Offset from the end of the first Find.
+  auto Patched = [&](const char* Find, std::initializer_list<Byte> Bytes, std::ptrdiff_t Offset) {
+    TBytes B = Good;
+    auto At = static_cast<std::ptrdiff_t>(B.find(reinterpret_cast<const Byte*>(Find)) + std::strlen(Find)) + Offset;
+    for (Byte V : Bytes) B[static_cast<std::size_t>(At++)] = V;
+    return B;
+  };
+  std::vector<TBytes> Bad = {
+      Patched("TWeightedNode", {'X'}, -1),        // unknown node class
+      Patched("TWeightedEdge", {'X'}, -1),        // unknown edge class
+      Patched("TWeightedEdge", {vaInt8, 9}, 2),   // a node position past the nodes read
+      Patched("TWeightedEdge", {vaInt8, 0xFF}, 0),  // a negative position
+  };
+  for (std::size_t n = 0; n < Good.size(); ++n) Bad.push_back(Good.substr(0, n));
+  for (const TBytes& B : Bad) {
+    TGGraph L(nullptr);
+    EXPECT_THROW(Load(B, L), EFilerError);
+    ExpectConsistent(L);
+  }
+  TBytes Renamed = Good;  // a registered class that is not a node class
+  Renamed.replace(Renamed.find(reinterpret_cast<const Byte*>("TWeightedNode")), 13,
+                  reinterpret_cast<const Byte*>("TWeightedEdge"));
+  TGGraph L(nullptr);
+  try {
+    Load(Renamed, L);
+    FAIL();
+  } catch (const EReadError& E) {
+    EXPECT_NE(E.Message().find(u"is not a graph node class"), String::npos);
+  }
 }
