@@ -12,12 +12,14 @@ namespace kz {
 using namespace Runtime;
 using namespace GGraph;
 using namespace ActivityNetwork;
+using detail::DynamicAs;
+using detail::FastAs;
 using detail::ForEachNode;
 using detail::ToNodeOf;
 
 namespace {
 
-TAOEEvent* TargetOf(const TGGraphEdge* Task) { return As<TAOEEvent>(ToNodeOf(Task)); }
+TAOEEvent* TargetOf(const TGGraphEdge* Task) { return FastAs<TAOEEvent>(ToNodeOf(Task)); }
 
 // Keeps the lines of List for which Keep(index) holds, in order, in one pass.
 template <class TKeep>
@@ -83,9 +85,9 @@ TActivityNetwork::TActivityNetwork(TComponent* AOwner) : TGGraph(AOwner) { SetNo
 
 void TActivityNetwork::ModifySuccessor(TGGraphNode* Node, TGGraphNode* Successor, TGGraphEdge* Edge) {
   inherited::ModifySuccessor(Node, Successor, Edge);
-  auto* From = dynamic_cast<TAOEEvent*>(Node);
-  auto* To = dynamic_cast<TAOEEvent*>(Successor);
-  auto* Task = dynamic_cast<TAOETask*>(Edge);
+  auto* From = DynamicAs<TAOEEvent>(Node);
+  auto* To = DynamicAs<TAOEEvent>(Successor);
+  auto* Task = DynamicAs<TAOETask>(Edge);
   if (!From || !To || !Task) return;
   const std::int32_t T = WrapAdd(From->GetEarliestEventTime(), Task->GetWeight());
   if (T > To->GetEarliestEventTime()) To->SetEarliestEventTime(T);
@@ -95,30 +97,25 @@ TStrings& TActivityNetwork::GetEarliestCompletionTime(TAOEEvent* StartEvent, TAO
                                                       std::int32_t& PathTime) {
   BeginUpdateNodes();
   try {
-    ForEachNode(*this, [](TGGraphNode* Node) { As<TAOEEvent>(Node)->SetEarliestEventTime(0); });
+    ForEachNode(*this, [](TGGraphNode* Node) { FastAs<TAOEEvent>(Node)->SetEarliestEventTime(0); });
     TopologicalOrder(Path);
     if (!IsAcyclic()) throw EGraphException(SNotAcyclic);
     // Backward pass: the last event closes the project; an event with no task keeps the
-    // largest time.
+    // largest time. Each task's times are final as soon as its event's are (its target comes
+    // later in the order), so they are set in the same pass.
     const std::int32_t Last = Path.GetCount() - 1;
     for (std::int32_t i = Last; i >= 0; --i) {
-      TAOEEvent* Event = As<TAOEEvent>(Path.GetObject(i));
+      TAOEEvent* Event = FastAs<TAOEEvent>(Path.GetObject(i));
       std::int32_t Latest = i == Last ? Event->GetEarliestEventTime() : MaxGraphWeight;
       for (std::int32_t k = 0; k < Event->GetEdgeCount(); ++k) {
-        const TAOETask* Task = As<TAOETask>(Event->GetEdge(k));
+        TAOETask* Task = FastAs<TAOETask>(Event->GetEdge(k));
         const std::int32_t T = WrapSub(TargetOf(Task)->GetLatestEventTime(), Task->GetWeight());
+        Task->SetEarliestStartTime(Event->GetEarliestEventTime());
+        Task->SetLatestStartTime(T);
         if (T < Latest) Latest = T;
       }
       Event->SetLatestEventTime(Latest);
     }
-    ForEachNode(*this, [](TGGraphNode* Node) {
-      const TAOEEvent* Event = As<TAOEEvent>(Node);
-      for (std::int32_t k = 0; k < Event->GetEdgeCount(); ++k) {
-        TAOETask* Task = As<TAOETask>(Event->GetEdge(k));
-        Task->SetEarliestStartTime(Event->GetEarliestEventTime());
-        Task->SetLatestStartTime(WrapSub(TargetOf(Task)->GetLatestEventTime(), Task->GetWeight()));
-      }
-    });
   } catch (...) {
     EndUpdateNodes();
     throw;
@@ -147,8 +144,8 @@ TStrings& TActivityNetwork::GetEarliestCompletionTime(TAOEEvent* StartEvent, TAO
     KeepLines(Path, [&](std::int32_t i) { return i <= Finish || !Reached.count(As<TGGraphNode>(Path.GetObject(i))); });
   }
   PathTime = Path.GetCount() == 0 ? MaxGraphWeight
-                                  : WrapSub(As<TAOEEvent>(Path.GetObject(Path.GetCount() - 1))->GetEarliestEventTime(),
-                                            As<TAOEEvent>(Path.GetObject(0))->GetEarliestEventTime());
+                                  : WrapSub(FastAs<TAOEEvent>(Path.GetObject(Path.GetCount() - 1))->GetEarliestEventTime(),
+                                            FastAs<TAOEEvent>(Path.GetObject(0))->GetEarliestEventTime());
   return Path;
 }
 
@@ -165,7 +162,7 @@ TStrings& TActivityNetwork::GetCriticalActivities(TAOEEvent* StartEvent, TAOEEve
   Path.Clear();
   ForEachNode(*this, [&](TGGraphNode* Node) {
     for (std::int32_t k = 0; k < Node->GetEdgeCount(); ++k) {
-      TAOETask* Task = As<TAOETask>(Node->GetEdge(k));
+      TAOETask* Task = FastAs<TAOETask>(Node->GetEdge(k));
       if (Task->GetCriticality() == 0) Path.AddObject(Task->GetName(), Task);
     }
   });
@@ -201,7 +198,7 @@ TActivityNetwork& TActivityNetwork::GetCriticalGraph(TAOEEvent* StartEvent, TAOE
     };
     ForEachNode(*this, [&](TGGraphNode* Node) {
       for (std::int32_t k = 0; k < Node->GetEdgeCount(); ++k) {
-        TAOETask* Task = As<TAOETask>(Node->GetEdge(k));
+        TAOETask* Task = FastAs<TAOETask>(Node->GetEdge(k));
         if (Task->GetCriticality() != 0) continue;
         TGGraphNode* From = CopyOf(Node);
         TGGraphNode* To = CopyOf(ToNodeOf(Task));

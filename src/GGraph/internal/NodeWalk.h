@@ -12,6 +12,20 @@ void ForEachNode(const TGCustomGraph& Graph, TFn&& Fn) {
   while (It->HasMoreElements()) Fn(static_cast<TGGraphNode*>(It->NextElementO()));
 }
 
+/// As<T>, answering an object of exactly class T without the cost of dynamic_cast.
+template <class T, class U>
+T* FastAs(U* Obj) {
+  if (Obj && Obj->ClassType() == &T::ClassInfo()) return static_cast<T*>(Obj);
+  return As<T>(Obj);
+}
+
+/// dynamic_cast, quick for an object of exactly class T.
+template <class T, class U>
+T* DynamicAs(U* Obj) {
+  if (Obj && Obj->ClassType() == &T::ClassInfo()) return static_cast<T*>(Obj);
+  return dynamic_cast<T*>(Obj);
+}
+
 /// Edge's ends, raising EAccessViolation for one forgotten by a teardown.
 inline TGGraphNode* ToNodeOf(const TGGraphEdge* Edge) {
   if (TGGraphNode* N = Edge->GetToNode()) return N;
