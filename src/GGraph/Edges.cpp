@@ -20,8 +20,8 @@ TGGraphEdge::TGGraphEdge(TGGraphNode* AFromNode, TGGraphNode* AToNode) {
     AToNode->AddingEdgeFrom(AFromNode, this);
   } catch (...) {
     // A handler raised half-way: leave no listing behind, since the edge will not exist.
-    if (FListedAtFrom) FFromNode->FEdges->RemoveEdge(this);
-    if (FListedAtTo) FToNode->FEdges->RemoveEdge(this);
+    if (FListedAtFrom) FFromNode->FEdges.RemoveEdge(this);
+    if (FListedAtTo) FToNode->FEdges.RemoveEdge(this);
     if (auto* L = dynamic_cast<TGLinkedGraphNode*>(FToNode)) L->GetInEdges()->RemoveEdge(this, true);
     AFromNode->FInDegree = FromDegree;
     AToNode->FInDegree = ToDegree;
@@ -34,7 +34,7 @@ TGGraphEdge::~TGGraphEdge() {
     FFromNode->RemovingEdgeTo(FToNode, this);
     FToNode->RemovingEdgeFrom(FFromNode, this);
   } else if (FFromNode && FListedAtFrom) {
-    FFromNode->FEdges->RemoveEdge(this);
+    FFromNode->FEdges.RemoveEdge(this);
   }
 }
 
@@ -49,7 +49,7 @@ void TGGraphEdge::WriteData(TWriter*) {}
 
 void TGGraphEdge::FastClear(TGGraphNode* Node) {
   if (Node && Node->IsUndirected() && FToNode && FToNode != Node && FToNode != FFromNode && FListedAtTo) {
-    FToNode->FEdges->RemoveEdge(this);
+    FToNode->FEdges.RemoveEdge(this);
     FListedAtTo = false;
   }
   if (FFromNode == Node) FFromNode = nullptr;

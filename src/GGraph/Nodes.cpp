@@ -9,7 +9,7 @@ namespace kz {
 using namespace Runtime;
 using namespace GGraph;
 
-TGGraphNode::TGGraphNode(TGCustomGraph* AGraph) : FEdges(std::make_unique<TGGraphEdges>()) {
+TGGraphNode::TGGraphNode(TGCustomGraph* AGraph) {
   if (!AGraph) return;
   FCaption = ClassName() + IntToStr(AGraph->NewNodeId());
   SetGraph(AGraph);
@@ -49,7 +49,7 @@ void TGGraphNode::AddingEdgeTo(TGGraphNode*, TGGraphEdge* Edge) {
   bool* Flag = ListedFlag(Edge);
   // Only an end of the edge may list it: the edge unlinks itself from its ends alone.
   if (!Flag || *Flag) return;
-  FEdges->Add(Edge);
+  FEdges.Add(Edge);
   *Flag = true;
   Change();
 }
@@ -64,7 +64,7 @@ void TGGraphNode::RemovingEdgeFrom(TGGraphNode* FromNode, TGGraphEdge* Edge) {
 
 void TGGraphNode::RemovingEdgeTo(TGGraphNode*, TGGraphEdge* Edge) {
   if (bool* Flag = ListedFlag(Edge); Flag && *Flag) {
-    FEdges->RemoveEdge(Edge);
+    FEdges.RemoveEdge(Edge);
     *Flag = false;
   }
   Change();
@@ -72,14 +72,14 @@ void TGGraphNode::RemovingEdgeTo(TGGraphNode*, TGGraphEdge* Edge) {
 
 void TGGraphNode::FastClear() {
   // Equivalent to taking index 0 each time, without shifting the list per edge.
-  const std::int32_t N = FEdges->GetCount();
+  const std::int32_t N = FEdges.GetCount();
   for (std::int32_t i = 0; i < N; ++i) {
-    TGGraphEdge* E = FEdges->GetItem(i);
+    TGGraphEdge* E = FEdges.GetItem(i);
     const bool Mine = E->FFromNode == this;
     E->FastClear(this);
     if (Mine) delete E;
   }
-  FEdges->Clear();
+  FEdges.Clear();
   FGraph = nullptr;
 }
 
@@ -89,9 +89,9 @@ void TGGraphNode::ReadData(TReader* Reader) { SetCaption(Reader->ReadString()); 
 
 void TGGraphNode::RemovePredecessors(TGGraphNode* Target) {
   if (!Target) RaiseNullAccess(u"target node");
-  for (std::int32_t i = FEdges->GetCount() - 1; i >= 0 && Target->FInDegree > 0; --i) {
-    if (i >= FEdges->GetCount()) continue;
-    if (FEdges->GetItem(i)->FToNode == Target) RemoveEdge(i);
+  for (std::int32_t i = FEdges.GetCount() - 1; i >= 0 && Target->FInDegree > 0; --i) {
+    if (i >= FEdges.GetCount()) continue;
+    if (FEdges.GetItem(i)->FToNode == Target) RemoveEdge(i);
   }
 }
 
@@ -112,16 +112,15 @@ void TGGraphNode::EndUpdate() {
 }
 
 void TGGraphNode::FreeEdges() {
-  while (FEdges->GetCount() > 0) {
-    TGGraphEdge* E = FEdges->GetItem(0);
+  while (FEdges.GetCount() > 0) {
+    TGGraphEdge* E = FEdges.GetItem(0);
     delete E;
     // Progress even if a subclass's bookkeeping left the freed edge listed.
-    if (FEdges->GetCount() > 0 && FEdges->GetItem(0) == E) FEdges->Delete(0);
+    if (FEdges.GetCount() > 0 && FEdges.GetItem(0) == E) FEdges.Delete(0);
   }
 }
 
 void TGGraphNode::Clear() {
-  if (!FEdges) return;
   WithinUpdate(*this, [&] {
     FreeEdges();
     if (FGraph && !IsUndirected() && FInDegree > 0) FGraph->RemovePredecessors(this);
@@ -131,7 +130,7 @@ void TGGraphNode::Clear() {
   });
 }
 
-void TGGraphNode::RemoveEdge(std::int32_t Index) { delete FEdges->GetItem(Index); }
+void TGGraphNode::RemoveEdge(std::int32_t Index) { delete FEdges.GetItem(Index); }
 
 void TGGraphNode::RemovePredecessors() {
   if (IsUndirected()) {
@@ -160,15 +159,15 @@ void TGGraphNode::SetCaption(const String& Value) {
 }
 
 std::int32_t TGGraphNode::IndexOfEdge(const TGGraphEdge* Edge) const {
-  for (std::int32_t i = 0; i < FEdges->GetCount(); ++i)
-    if (FEdges->GetItem(i) == Edge) return i;
+  for (std::int32_t i = 0; i < FEdges.GetCount(); ++i)
+    if (FEdges.GetItem(i) == Edge) return i;
   return -1;
 }
 
 std::int32_t TGGraphNode::IndexOfEdgeTo(const TGGraphNode* Node) const {
   const bool Undirected = IsUndirected();
-  for (std::int32_t i = 0; i < FEdges->GetCount(); ++i) {
-    const TGGraphEdge* E = FEdges->GetItem(i);
+  for (std::int32_t i = 0; i < FEdges.GetCount(); ++i) {
+    const TGGraphEdge* E = FEdges.GetItem(i);
     if (E->FToNode == Node || (Undirected && E->FFromNode == Node)) return i;
   }
   return -1;
@@ -199,12 +198,12 @@ void TGGraphNode::SetGraph(TGCustomGraph* G) {
 TGLinkedGraphNode::~TGLinkedGraphNode() { SetGraph(nullptr); }
 
 void TGLinkedGraphNode::AddingEdgeFrom(TGGraphNode* FromNode, TGGraphEdge* Edge) {
-  if (GetGraph() && GetGraph()->GetDirected()) FInEdges->Add(Edge);
+  if (GetGraph() && GetGraph()->GetDirected()) FInEdges.Add(Edge);
   inherited::AddingEdgeFrom(FromNode, Edge);
 }
 
 void TGLinkedGraphNode::RemovingEdgeFrom(TGGraphNode* FromNode, TGGraphEdge* Edge) {
-  FInEdges->RemoveEdge(Edge, true);
+  FInEdges.RemoveEdge(Edge, true);
   inherited::RemovingEdgeFrom(FromNode, Edge);
 }
 
@@ -213,10 +212,10 @@ void TGLinkedGraphNode::RemovePredecessors() {
     inherited::RemovePredecessors();
     return;
   }
-  while (FInEdges->GetCount() > 0) {
-    TGGraphEdge* E = FInEdges->Last();
+  while (FInEdges.GetCount() > 0) {
+    TGGraphEdge* E = FInEdges.Last();
     if (TGGraphNode* From = E->GetFromNode()) From->RemoveEdge(E);
-    if (FInEdges->GetCount() > 0 && FInEdges->Last() == E) FInEdges->Delete(FInEdges->GetCount() - 1);
+    if (FInEdges.GetCount() > 0 && FInEdges.Last() == E) FInEdges.Delete(FInEdges.GetCount() - 1);
   }
 }
 

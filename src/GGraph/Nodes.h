@@ -85,10 +85,12 @@ class TGGraphNode : public TPersistent {
   [[nodiscard]] const String& GetCaption() const { return FCaption; }
   /// When different: TextChange first, then the new caption is stored.
   void SetCaption(const String& Value);
-  [[nodiscard]] TGGraphEdges* GetEdges() const { return FEdges.get(); }
-  [[nodiscard]] TGGraphEdge* GetEdge(std::int32_t Index) const { return FEdges->GetItem(Index); }
-  [[nodiscard]] std::int32_t GetEdgeCount() const { return FEdges->GetCount(); }
-  [[nodiscard]] std::int32_t GetOutDegree() const { return FEdges->GetCount(); }
+  /// The node's own list: read it, change it only through edges and nodes.
+  [[nodiscard]] TGGraphEdges* GetEdges() { return &FEdges; }
+  [[nodiscard]] const TGGraphEdges* GetEdges() const { return &FEdges; }
+  [[nodiscard]] TGGraphEdge* GetEdge(std::int32_t Index) const { return FEdges.GetItem(Index); }
+  [[nodiscard]] std::int32_t GetEdgeCount() const { return FEdges.GetCount(); }
+  [[nodiscard]] std::int32_t GetOutDegree() const { return FEdges.GetCount(); }
   /// -1 when absent. O(edges).
   [[nodiscard]] std::int32_t IndexOfEdge(const TGGraphEdge* Edge) const;
   /// The first edge whose ToNode is Node or, undirected, whose FromNode is; -1 when none.
@@ -122,14 +124,15 @@ class TGGraphNode : public TPersistent {
   friend class TGGraph;
   friend class TGLabelGraph;
 
-  String FCaption;
-  std::unique_ptr<TGGraphEdges> FEdges;
+  // What the algorithms touch comes first, to share a cache line with the object's header.
+  TGGraphEdges FEdges;
   TGCustomGraph* FGraph = nullptr;
   std::int32_t FInDegree = 0;
-  TNotifyEvent FOnChange;
-  TUpdateCounter<ueIgnore> FUpdateCount;
   std::int32_t FWorkTag = 0;
+  TUpdateCounter<ueIgnore> FUpdateCount;
   std::int64_t FOrder = 0;  // a TGGraph's insertion sequence number, for its caption index
+  String FCaption;
+  TNotifyEvent FOnChange;
 };
 
 using TGGraphNodeClass = const TGGraphNode::TMeta*;
@@ -150,10 +153,11 @@ class TGLinkedGraphNode : public TGGraphNode {
   /// Directed: each incoming edge, last first, is freed by its FromNode.
   void RemovePredecessors() override;
 
-  [[nodiscard]] TGGraphEdges* GetInEdges() const { return FInEdges.get(); }
+  [[nodiscard]] TGGraphEdges* GetInEdges() { return &FInEdges; }
+  [[nodiscard]] const TGGraphEdges* GetInEdges() const { return &FInEdges; }
 
  private:
-  std::unique_ptr<TGGraphEdges> FInEdges = std::make_unique<TGGraphEdges>();
+  TGGraphEdges FInEdges;
 };
 
 /// A node with an int32 weight (the distance found by the shortest-path search) and the path
