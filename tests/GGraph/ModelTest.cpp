@@ -93,6 +93,16 @@ TEST(GGraphModel, CaptionsNamesAndLookups) {
   EXPECT_THROW((void)G.GetNode(0)->AddEdge(Other.NewNode()), EGraphException);
   EXPECT_THROW(TGGraphEdge(G.GetNode(0), nullptr), EGraphException);
   delete X1;  // extracted: the caller's
+
+  // Moving a node leaves its edges behind, freed, and its old graph's index.
+  TGGraphNode* M = G.CreateNode(u"m");
+  G.GetNode(0)->AddEdge(M);
+  M->SetGraph(&Other);
+  EXPECT_EQ(G.FindNode(u"m"), nullptr);
+  EXPECT_EQ(Other.FindNode(u"m"), M);
+  EXPECT_EQ(G.GetNode(0)->GetEdgeCount(), 0);
+  ExpectConsistent(G);
+  ExpectConsistent(Other);
 }
 
 TEST(GGraphModel, EventsAndUpdates) {
