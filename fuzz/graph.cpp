@@ -15,6 +15,7 @@ using namespace kz;
 std::unique_ptr<TGCustomGraph> MakeGraph(int Kind) {
   switch (Kind) {
     case 0: return std::make_unique<TGGraph>(nullptr);
+    case 1: return std::make_unique<TGLabelGraph>(nullptr);
     default: return std::make_unique<TActivityNetwork>(nullptr);
   }
 }
@@ -49,7 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* Data, std::size_t Size
   static const bool Registered = (GGraph::Initialize(), ActivityNetwork::Initialize(), true);
   (void)Registered;
   const TBytes Bytes(Data, Size);
-  for (int Kind = 0; Kind < 2; ++Kind) {
+  for (int Kind = 0; Kind < 3; ++Kind) {
     std::unique_ptr<TGCustomGraph> G = MakeGraph(Kind);
     try {
       TBytesStream M(Bytes);

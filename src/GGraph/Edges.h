@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "GGraph/Base.h"
+#include "KZGenerics.Collections/ListEnumerator.h"
 #include "Runtime/Generics.h"
 #include "Runtime/Persistent.h"
 
@@ -79,6 +80,15 @@ class TGGraphEdges : public Generics::TList<TGGraphEdge*> {
   /// Takes Edge out (searching from the front, or from the back with FromBack); false when
   /// it is not listed.
   bool RemoveEdge(TGGraphEdge* Edge, bool FromBack = false);
+};
+
+using TGGraphEdgesEnumeratorBase = TKZListEnumerator<TGGraphEdge*, TGGraphEdges>;
+
+/// Walks a node's edges (read live, not owned).
+class TGGraphEdgesEnumerator : public TGGraphEdgesEnumeratorBase {
+  KZ_CLASS(TGGraphEdgesEnumerator, TGGraphEdgesEnumeratorBase)
+ public:
+  using TGGraphEdgesEnumeratorBase::TGGraphEdgesEnumeratorBase;
 };
 
 }  // namespace kz

@@ -10,6 +10,7 @@
 
 #include "CommonInterfaces/CommonInterfaces.h"
 #include "GGraph/Nodes.h"
+#include "KZGenerics.Collections/HashTable.h"
 #include "Runtime/Components.h"
 #include "Runtime/StringLists.h"
 
@@ -195,6 +196,10 @@ class TGGraph : public TGCustomGraph {
   /// EArgumentOutOfRangeException for a bad index.
   [[nodiscard]] TGGraphNode* GetNode(std::int32_t Index) const { return FNodes.GetItem(Index); }
   [[nodiscard]] const TGGraphNodes& GetNodeList() const { return FNodes; }
+  /// A cursor over the nodes in list order (range-for walks the graph).
+  [[nodiscard]] std::unique_ptr<TGGraphNodesEnumerator> GetEnumerator() const {
+    return std::make_unique<TGGraphNodesEnumerator>(&FNodes);
+  }
 
  private:
   struct TCaptionEntry {
@@ -209,6 +214,44 @@ class TGGraph : public TGCustomGraph {
   TGGraphNodes FNodes;
   std::unordered_map<String, TCaptionEntry> FCaptions;
   std::int64_t FNextOrder = 0;
+};
+
+/// A graph that keeps its nodes by caption in a string-to-node table: captions are unique
+/// keys, FindNode is O(1), GetNodes walks the table's order. Adding a node whose caption
+/// another node holds raises EListError "Duplicate node names not allowed". Renaming a node
+/// onto another node's caption takes the key over: the other node stays in the graph (its
+/// edges too) but is no longer found by name nor shown by GetNodes; it is freed with the
+/// graph, and RemoveNode/Extract given that node act on it alone.
+class TGLabelGraph : public TGCustomGraph {
+  KZ_CLASS(TGLabelGraph, TGCustomGraph)
+ public:
+  explicit TGLabelGraph(TComponent* AOwner);
+  ~TGLabelGraph() override;
+
+  [[nodiscard]] std::int32_t GetNodeCount() const override;
+  void AddNode(TGGraphNode* Node) override;
+  void Clear() override;
+  [[nodiscard]] TGGraphNode* FindNode(StringView Caption) const override;
+  [[nodiscard]] TIntfPtr<IObjectIterator> GetNodes() const override;
+  using TGCustomGraph::RemoveNode;
+  bool RemoveNode(TGGraphNode* Node) override;
+  using TGCustomGraph::Extract;
+  TGGraphNode* Extract(TGGraphNode* Node) override;
+  /// Moves the node's key to NewCaption (taking it over from another node), then the base.
+  void TextChange(TGGraphNode* Node, const String& NewCaption) override;
+
+  /// The node of that caption; EListError (item not found) for an unknown caption.
+  [[nodiscard]] TGGraphNode* GetNode(StringView Caption) const;
+
+ protected:
+  void ForEachKeptNode(const std::function<void(TGGraphNode*)>& Fn) const override;
+
+ private:
+  /// Takes Node out of the table (when it holds the node's key) or out of the hidden nodes.
+  bool Forget(TGGraphNode* Node);
+
+  std::unique_ptr<TKZStringObjectHashTable<TGGraphNode>> FNodes;
+  std::vector<TGGraphNode*> FOrphans;  // nodes whose key a rename took over
 };
 
 }  // namespace kz

@@ -106,6 +106,10 @@ class TGGraphNode : public TPersistent {
   /// Scratch shared by the visited mark (low byte), the sort's counter and stream numbers.
   [[nodiscard]] std::int32_t GetWorkTag() const { return FWorkTag; }
   void SetWorkTag(std::int32_t Value) { FWorkTag = Value; }
+  /// A cursor over Edges (range-for walks the node's edges).
+  [[nodiscard]] std::unique_ptr<TGGraphEdgesEnumerator> GetEnumerator() const {
+    return std::make_unique<TGGraphEdgesEnumerator>(&FEdges);
+  }
   [[nodiscard]] bool GetVisited() const { return (FWorkTag & 0xFF) != 0; }
   void SetVisited(bool Value) { FWorkTag = Value ? 1 : 0; }
   const TNotifyEvent& GetOnChange() const { return FOnChange; }
@@ -198,6 +202,15 @@ class TWeightedNode : public TGGraphNode {
 /// A list of nodes; it does not own them.
 class TGGraphNodes : public Generics::TList<TGGraphNode*> {
   KZ_CLASS(TGGraphNodes, Generics::TList<TGGraphNode*>)
+};
+
+using TGGraphNodesEnumeratorBase = TKZListEnumerator<TGGraphNode*, TGGraphNodes>;
+
+/// Walks a TGGraph's nodes (read live, not owned).
+class TGGraphNodesEnumerator : public TGGraphNodesEnumeratorBase {
+  KZ_CLASS(TGGraphNodesEnumerator, TGGraphNodesEnumeratorBase)
+ public:
+  using TGGraphNodesEnumeratorBase::TGGraphNodesEnumeratorBase;
 };
 
 }  // namespace kz

@@ -12,7 +12,7 @@ void Initialize() {
     RegisterClass(*C);
   RegisterProperties(TGCustomGraph::ClassInfo(),
                      {Published(u"Directed", &TGCustomGraph::GetDirected, &TGCustomGraph::SetDirected)});
-  RegisterComponents(PalettePage, {&TGGraph::ClassInfo()});
+  RegisterComponents(PalettePage, {&TGLabelGraph::ClassInfo(), &TGGraph::ClassInfo()});
 }
 
 }  // namespace kz::GGraph

@@ -54,6 +54,20 @@ TEST(ActivityNetwork, ScheduleEndToEnd) {
   EXPECT_EQ(Order->GetCount(), 0);  // s was trimmed away, yet what it reaches still goes
   EXPECT_EQ(PathTime, MaxGraphWeight);
 
+  // Kept by name, events are keys: a second "s" cannot join.
+  TGLabelGraph Named(nullptr);
+  Named.SetNodeClass(&TAOEEvent::ClassInfo());
+  Named.CreateNode(u"s");
+  std::unique_ptr<TGGraphNode> Again = TAOEEvent::ClassInfo().Create(nullptr);
+  Again->SetCaption(u"s");
+  try {
+    Again->SetGraph(&Named);
+    FAIL();
+  } catch (const EListError& E) {
+    EXPECT_EQ(E.Message(), u"Duplicate node names not allowed");
+  }
+  EXPECT_EQ(Again->GetGraph(), nullptr);
+
   // A name once built stays.
   Event(N, u"a")->SetCaption(u"b");
   EXPECT_EQ(As<TAOETask>(Event(N, u"s")->GetEdge(0))->GetName(), u"s --> a");

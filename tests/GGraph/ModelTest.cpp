@@ -17,6 +17,12 @@ TEST(GGraphModel, UndirectedMirrorsFollowDirectionChanges) {
   EXPECT_EQ(A->GetInDegree(), 2);
   EXPECT_EQ(B->GetInDegree(), 1);
   EXPECT_EQ(B->IndexOfEdgeTo(A), 0);
+  std::vector<TGGraphNode*> Ends;
+  for (TGGraphEdge* E : *B) Ends.push_back(E->GetFromNode());
+  EXPECT_EQ(Ends, std::vector<TGGraphNode*>{A});
+  std::vector<TGGraphNode*> Nodes;
+  for (TGGraphNode* N : G) Nodes.push_back(N);
+  EXPECT_EQ(Nodes, (std::vector<TGGraphNode*>{A, B}));
   ExpectConsistent(G);
 
   G.SetDirected(true);
