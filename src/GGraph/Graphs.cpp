@@ -314,14 +314,14 @@ void TGGraph::Clear() {
       delete Node;
     }
     FNodes.Clear();
-    FCaptions.clear();
+    FCaptions.Clear();
     FNodeID = 0;
   });
 }
 
 TGGraphNode* TGGraph::FindNode(StringView Caption) const {
-  auto It = FCaptions.find(String(Caption));
-  return It == FCaptions.end() ? nullptr : It->second.First;
+  const TCaptionEntry* Entry = FCaptions.Find(String(Caption));
+  return Entry ? Entry->First : nullptr;
 }
 
 TIntfPtr<IObjectIterator> TGGraph::GetNodes() const { return TIntfPtr<IObjectIterator>(new TNodeListIterator(FNodes)); }
@@ -361,27 +361,31 @@ void TGGraph::TextChange(TGGraphNode* Node, const String& NewCaption) {
 }
 
 void TGGraph::IndexCaption(TGGraphNode* Node, const String& Caption) {
-  auto [It, Added] = FCaptions.try_emplace(Caption, TCaptionEntry{Node, 1});
-  if (Added) return;
-  ++It->second.Count;
-  if (Node->FOrder < It->second.First->FOrder) It->second.First = Node;
+  const TCaptionEntry* Entry = FCaptions.Find(Caption);
+  if (!Entry) {
+    FCaptions.Add(Caption, TCaptionEntry{Node, 1});
+    return;
+  }
+  TCaptionEntry E = *Entry;
+  ++E.Count;
+  if (Node->FOrder < E.First->FOrder) E.First = Node;
+  FCaptions.AddOrSetValue(Caption, E);
 }
 
 void TGGraph::UnindexCaption(TGGraphNode* Node, const String& Caption) {
-  auto It = FCaptions.find(Caption);
-  if (It == FCaptions.end()) return;
-  if (--It->second.Count <= 0) {
-    FCaptions.erase(It);
-    return;
+  const TCaptionEntry* Entry = FCaptions.Find(Caption);
+  if (!Entry) return;
+  TCaptionEntry E = *Entry;
+  if (--E.Count > 0 && E.First == Node) {
+    // Only repeated captions get here: find the next holder in list order.
+    E.Count = 0;
+    for (TGGraphNode* N : FNodes)
+      if (N != Node && N->GetCaption() == Caption && E.Count++ == 0) E.First = N;
   }
-  if (It->second.First != Node) return;
-  // Only repeated captions get here: find the next holder in list order.
-  for (TGGraphNode* N : FNodes)
-    if (N != Node && N->GetCaption() == Caption) {
-      It->second.First = N;
-      return;
-    }
-  FCaptions.erase(It);
+  if (E.Count <= 0)
+    (void)FCaptions.Remove(Caption);
+  else
+    FCaptions.AddOrSetValue(Caption, E);
 }
 
 }  // namespace kz

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 #include "CommonInterfaces/CommonInterfaces.h"
@@ -203,8 +202,9 @@ class TGGraph : public TGCustomGraph {
 
  private:
   struct TCaptionEntry {
-    TGGraphNode* First;
-    std::int32_t Count;
+    TGGraphNode* First = nullptr;  // the first node of the caption in list order
+    std::int32_t Count = 0;
+    bool operator==(const TCaptionEntry&) const = default;
   };
   void IndexCaption(TGGraphNode* Node, const String& Caption);
   void UnindexCaption(TGGraphNode* Node, const String& Caption);
@@ -212,7 +212,7 @@ class TGGraph : public TGCustomGraph {
   bool Unlist(TGGraphNode* Node);
 
   TGGraphNodes FNodes;
-  std::unordered_map<String, TCaptionEntry> FCaptions;
+  TKZDictionary<String, TCaptionEntry> FCaptions;
   std::int64_t FNextOrder = 0;
 };
 
