@@ -10,7 +10,7 @@ using namespace Runtime;
 namespace {
 
 // Package order. None of the units builds global state at start-up.
-constexpr std::array<TPackageUnit, 18> GUnits{{
+constexpr std::array<TPackageUnit, 20> GUnits{{
     {"Runtime", nullptr, nullptr},
     {"KZConstants", nullptr, nullptr},
     {"KZMessages", nullptr, nullptr},
@@ -22,6 +22,8 @@ constexpr std::array<TPackageUnit, 18> GUnits{{
     {"GHashTable", nullptr, nullptr},
     {"DataStructures", nullptr, nullptr},
     {"GTree", nullptr, nullptr},
+    {"GGraph", &GGraph::Initialize, nullptr},
+    {"ActivityNetwork", &ActivityNetwork::Initialize, nullptr},
     {"GStreams", nullptr, nullptr},
     {"GParser", nullptr, nullptr},
     {"GRegularExpression", nullptr, nullptr},

@@ -16,6 +16,8 @@
 #include "GHashTable/GHashTable.h"
 #include "DataStructures/DataStructures.h"
 #include "GTree/GTree.h"
+#include "GGraph/GGraph.h"
+#include "ActivityNetwork/ActivityNetwork.h"
 #include "GStreams/GStreams.h"
 #include "GParser/GParser.h"
 #include "GRegularExpression/GRegularExpression.h"
