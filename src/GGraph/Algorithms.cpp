@@ -1,0 +1,249 @@
+// The algorithms of TGCustomGraph: marking, depth-first search, topological order and shortest
+// paths.
+#include <algorithm>
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include "DataStructures/ObjectContainers.h"
+#include "GGraph/Graphs.h"
+#include "GGraph/internal/NodeWalk.h"
+
+namespace kz {
+
+using namespace Runtime;
+using namespace GGraph;
+using detail::DynamicAs;
+using detail::FastAs;
+using detail::ForEachNode;
+using detail::FromNodeOf;
+using detail::ToNodeOf;
+
+namespace detail {
+
+// The stack of a running depth-first search: each frame is a node and its next edge.
+struct TDepthFirstWalk {
+  std::vector<std::pair<TGGraphNode*, std::int32_t>> Frames;
+};
+
+// A running shortest-path search whose selection the graph's own ClosestNode answers from a
+// binary heap of (weight, position in GetNodes order) keys. Entries go stale when a node is
+// visited or lowered again and are dropped as they surface; nodes never lowered still weigh
+// MaxGraphWeight, so when no live entry is left the first unvisited node in position order
+// is the one the scan would pick.
+struct TShortestRun {
+  TGGraphNode* Start = nullptr;
+  std::vector<TWeightedNode*> Nodes;
+  std::vector<std::uint64_t> Heap;
+  std::size_t Cursor = 0;
+
+  static std::uint64_t Key(TGraphWeight W, std::int32_t Slot) {
+    return (static_cast<std::uint64_t>(static_cast<std::uint32_t>(W) ^ 0x80000000u) << 32) |
+           static_cast<std::uint32_t>(Slot);
+  }
+
+  void Lowered(TWeightedNode* N) {
+    const std::int32_t Slot = N->FSlot;
+    if (Slot < 0 || static_cast<std::size_t>(Slot) >= Nodes.size() || Nodes[static_cast<std::size_t>(Slot)] != N)
+      return;
+    Heap.push_back(Key(N->GetWeight(), Slot));
+    std::push_heap(Heap.begin(), Heap.end(), std::greater<>());
+  }
+
+  TGGraphNode* Select(TGGraphNode* ANode) {
+    while (!Heap.empty()) {
+      const std::uint64_t K = Heap.front();
+      TWeightedNode* N = Nodes[static_cast<std::uint32_t>(K)];
+      const auto W = static_cast<TGraphWeight>(static_cast<std::uint32_t>(K >> 32) ^ 0x80000000u);
+      if (N != ANode && !N->GetVisited() && N->GetWeight() == W) return N;  // left for the caller to visit
+      std::pop_heap(Heap.begin(), Heap.end(), std::greater<>());
+      Heap.pop_back();
+    }
+    while (Cursor < Nodes.size() && (Nodes[Cursor]->GetVisited() || Nodes[Cursor] == ANode)) ++Cursor;
+    return Cursor < Nodes.size() ? Nodes[Cursor] : ANode;
+  }
+};
+
+}  // namespace detail
+
+void TGCustomGraph::InitializeNodes(TGGraphNode* StartNode, bool Value) {
+  ForEachNode(*this, [&](TGGraphNode* Node) {
+    Node->SetVisited(Value);
+    auto* W = DynamicAs<TWeightedNode>(Node);
+    if (!W) return;
+    W->SetWeight(MaxGraphWeight);
+    if (!FEnumeratingPaths) return;
+    if (!StartNode) RaiseNullAccess(u"start node");
+    TStringList& Path = W->PathList();
+    Path.Clear();
+    Path.AddObject(StartNode->GetCaption(), StartNode);
+  });
+}
+
+void TGCustomGraph::DepthFirstSearch(TGGraphNode* ANode) {
+  if (!ANode) RaiseNullAccess(u"node");
+  ANode->SetVisited(true);
+  if (FWalk) {  // inside a walk: the node's edges wait on the walk's stack
+    FWalk->Frames.emplace_back(ANode, 0);
+    return;
+  }
+  detail::TDepthFirstWalk Walk;
+  TRestoreValue<detail::TDepthFirstWalk*> Using(FWalk, &Walk);
+  Walk.Frames.emplace_back(ANode, 0);
+  while (!Walk.Frames.empty()) {
+    auto& [Node, Next] = Walk.Frames.back();
+    if (Next >= Node->GetEdgeCount()) {
+      Walk.Frames.pop_back();
+      continue;
+    }
+    const TGGraphEdge* E = Node->GetEdge(Next++);
+    TGGraphNode* To = ToNodeOf(E);
+    TGGraphNode* Neighbour = To == Node ? FromNodeOf(E) : To;
+    if (!Neighbour->GetVisited()) DepthFirstSearch(Neighbour);
+  }
+}
+
+void TGCustomGraph::TraverseFrom(TGGraphNode* StartNode) {
+  InitializeNodes(StartNode, false);
+  DepthFirstSearch(StartNode);
+}
+
+void TGCustomGraph::ModifySuccessor(TGGraphNode*, TGGraphNode* Successor, TGGraphEdge*) {
+  if (!Successor) RaiseNullAccess(u"successor");
+  Successor->SetWorkTag(WrapSub(Successor->GetWorkTag(), 1));
+}
+
+void TGCustomGraph::TopologicalOrder(TStrings& OrderedNodes) {
+  FAcyclic = false;
+  FNeedAcyclicCheck = false;
+  if (auto* List = dynamic_cast<TStringList*>(&OrderedNodes)) List->SetSorted(false);
+  if (OrderedNodes.GetCount() > 0) OrderedNodes.Clear();
+  if (!FDirected) return;
+  TKZObjectStack Stack;
+  ForEachNode(*this, [&](TGGraphNode* Node) {
+    Node->SetWorkTag(Node->GetInDegree());
+    if (Node->GetWorkTag() == 0) Stack.Push(Node);
+  });
+  std::int32_t Count = 0;
+  ForEachNode(*this, [&](TGGraphNode*) { ++Count; });
+  std::int32_t Ordered = 0;
+  for (; Ordered < Count && !Stack.IsEmpty(); ++Ordered) {
+    auto* Node = static_cast<TGGraphNode*>(Stack.Pop());
+    OrderedNodes.AddObject(Node->GetCaption(), Node);
+    for (std::int32_t i = 0; i < Node->GetEdgeCount(); ++i) {
+      // The edges and their targets lie all over the heap: ask for them ahead.
+      if (i + 8 < Node->GetEdgeCount()) __builtin_prefetch(Node->GetEdge(i + 8));
+      if (i + 4 < Node->GetEdgeCount()) __builtin_prefetch(Node->GetEdge(i + 4)->GetToNode());
+      TGGraphEdge* E = Node->GetEdge(i);
+      TGGraphNode* Successor = ToNodeOf(E);
+      ModifySuccessor(Node, Successor, E);
+      if (Successor->GetWorkTag() == 0) Stack.Push(Successor);
+    }
+  }
+  if (Ordered == Count) FAcyclic = true;
+}
+
+std::unique_ptr<TStringList> TGCustomGraph::TopologicalOrder() {
+  auto List = std::make_unique<TStringList>();
+  TopologicalOrder(*List);
+  return List;
+}
+
+bool TGCustomGraph::IsAcyclic() {
+  if (FNeedAcyclicCheck) (void)TopologicalOrder();
+  return FAcyclic;
+}
+
+TGGraphNode* TGCustomGraph::ClosestNode(TGGraphNode* ANode, bool Visited) {
+  if (FShortestRun && ANode == FShortestRun->Start && !Visited) return FShortestRun->Select(ANode);
+  return ScanClosestNode(ANode, Visited);
+}
+
+TGGraphNode* TGCustomGraph::ScanClosestNode(TGGraphNode* ANode, bool Visited) {
+  if (!ANode) RaiseNullAccess(u"node");
+  TWeightedNode* Best = FastAs<TWeightedNode>(ANode);
+  TGGraphNode* BestNode = ANode;
+  ForEachNode(*this, [&](TGGraphNode* Node) {
+    if (Node == ANode || Node->GetVisited() != Visited) return;
+    TWeightedNode* W = FastAs<TWeightedNode>(Node);
+    if (BestNode == ANode || W->GetWeight() < Best->GetWeight()) {
+      Best = W;
+      BestNode = Node;
+    }
+  });
+  return BestNode;
+}
+
+void TGCustomGraph::Relax(TGGraphNode* U, TGGraphNode* V, TGGraphEdge* E) {
+  TWeightedNode* UW = FastAs<TWeightedNode>(U);
+  if (UW->GetWeight() == MaxGraphWeight) return;
+  const TGraphWeight Sum = WrapAdd(UW->GetWeight(), FastAs<TWeightedEdge>(E)->GetWeight());
+  TWeightedNode* VW = FastAs<TWeightedNode>(V);
+  if (VW->GetWeight() <= Sum) return;
+  VW->SetWeight(Sum);
+  if (FEnumeratingPaths) VW->PathList().Assign(&UW->PathList());
+  if (FShortestRun) FShortestRun->Lowered(VW);
+}
+
+void TGCustomGraph::ShortestPath(TGGraphNode* StartNode) {
+  if (!StartNode) RaiseNullAccess(u"start node");
+  WithinUpdate(*this, [&] {
+    InitializeNodes(StartNode, false);
+    detail::TShortestRun Run;
+    Run.Start = StartNode;
+    bool AllWeighted = true;
+    ForEachNode(*this, [&](TGGraphNode* Node) {
+      auto* W = DynamicAs<TWeightedNode>(Node);
+      if (!W) {
+        AllWeighted = false;
+        return;
+      }
+      W->FSlot = static_cast<std::int32_t>(Run.Nodes.size());
+      Run.Nodes.push_back(W);
+    });
+    // With a plain node about, the scan raises where it meets it; keep the scan then.
+    TRestoreValue<detail::TShortestRun*> Using(FShortestRun, AllWeighted ? &Run : nullptr);
+    const bool Undirected = !FDirected;
+    for (std::int32_t i = 0; i < StartNode->GetEdgeCount(); ++i) {
+      TGGraphEdge* E = StartNode->GetEdge(i);
+      TGGraphNode* To = ToNodeOf(E);
+      TGGraphNode* From = FromNodeOf(E);
+      TWeightedNode* N = FastAs<TWeightedNode>(Undirected && To == StartNode && From != StartNode ? From : To);
+      const TGraphWeight W = FastAs<TWeightedEdge>(E)->GetWeight();
+      if (N->GetWeight() > W) {
+        N->SetWeight(W);
+        if (FShortestRun) FShortestRun->Lowered(N);
+      }
+    }
+    StartNode->SetVisited(true);
+    FastAs<TWeightedNode>(StartNode)->SetWeight(0);
+    auto Visit = [&](TGGraphNode* U) {
+      if (!U) RaiseNullAccess(u"closest node");
+      U->SetVisited(true);
+      if (FEnumeratingPaths) FastAs<TWeightedNode>(U)->PathList().AddObject(U->GetCaption(), U);
+    };
+    const std::int32_t Count = GetNodeCount();
+    if (Count < 2) return;
+    for (std::int32_t k = 0; k < Count - 2; ++k) {
+      TGGraphNode* U = ClosestNode(StartNode, false);
+      Visit(U);
+      for (std::int32_t i = 0; i < U->GetEdgeCount(); ++i) {
+        TGGraphEdge* E = U->GetEdge(i);
+        TGGraphNode* To = ToNodeOf(E);
+        TGGraphNode* From = FromNodeOf(E);
+        if (!To->GetVisited() && To != U)
+          Relax(U, To, E);
+        else if (!From->GetVisited() && From != U)
+          Relax(U, From, E);
+      }
+    }
+    Visit(ClosestNode(StartNode, false));
+  });
+}
+
+void TGCustomGraph::EnumerateShortestPaths(TGGraphNode* StartNode) {
+  TRestoreValue<bool> Enumerating(FEnumeratingPaths, true);
+  ShortestPath(StartNode);
+}
+
+}  // namespace kz

@@ -1,0 +1,509 @@
+// The enumerable base and the open-addressing dictionary: linear probing over one array of
+// (hash, key, value) buckets, power-of-two sizes, a 3/4 fill threshold and backward-shift
+// removal, with key and value views and notifications per key and value.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "KZGenerics.Collections/Messages.h"
+#include "Runtime/Generics.h"
+#include "Runtime/Persistent.h"
+
+namespace kz {
+
+using Generics::IEqualityComparer;
+using Generics::TEqualityComparer;
+using Generics::TPair;
+
+/// What happened to a key or value a dictionary reports: added (0), removed (1), extracted (2).
+enum TKZNotifyAction : std::uint8_t { naAdded, naRemoved, naExtracted };
+
+/// A key or value notification: (sender, item, action).
+template <class T>
+using TKZNotifyEvent = std::function<void(TObject* Sender, const T& Item, TKZNotifyAction Action)>;
+
+/// True when Item lies in the circular half-open range (Bottom, TopInclusive] of bucket
+/// indices: the test backward-shift removal uses to decide whether an entry may stay put.
+constexpr bool InCircularRange(std::int32_t Bottom, std::int32_t Item, std::int32_t TopInclusive) {
+  return (Bottom < Item && Item <= TopInclusive) || (TopInclusive < Bottom && Bottom < Item) ||
+         (TopInclusive < Bottom && Item <= TopInclusive);
+}
+
+/// A walk over T: MoveNext steps (false once past the end), GetCurrent is the item reached.
+/// Enumerators read their collection live; it must outlive them and not change meanwhile.
+template <class T>
+class TKZEnumerator : public TObject {
+  KZ_CLASS(TKZEnumerator, TObject)
+ public:
+  virtual bool MoveNext() = 0;
+  virtual T GetCurrent() const = 0;
+};
+
+/// Base of the collections that hand out enumerators of T; walkable by range-for.
+template <class T>
+class TKZEnumerable : public TPersistent {
+  KZ_CLASS(TKZEnumerable, TPersistent)
+ public:
+  std::unique_ptr<TKZEnumerator<T>> GetEnumerator() const { return DoGetEnumerator(); }
+  /// Every item in enumeration order.
+  virtual std::vector<T> ToArray() const {
+    std::vector<T> Result;
+    Result.reserve(10);
+    for (auto E = GetEnumerator(); E->MoveNext();) Result.push_back(E->GetCurrent());
+    Result.shrink_to_fit();
+    return Result;
+  }
+
+ protected:
+  virtual std::unique_ptr<TKZEnumerator<T>> DoGetEnumerator() const = 0;
+  /// The first Count items, for collections that know their count.
+  std::vector<T> ToArrayImpl(std::int32_t Count) const {
+    std::vector<T> Result;
+    Result.reserve(static_cast<std::size_t>(Count > 0 ? Count : 0));
+    for (auto E = GetEnumerator(); static_cast<std::int32_t>(Result.size()) < Count && E->MoveNext();)
+      Result.push_back(E->GetCurrent());
+    return Result;
+  }
+};
+
+/// An open-addressing hash map from K to V. It owns its buckets, never what a value points
+/// to. Lookups, adds and removes are expected O(1); with the default comparer hashing and
+/// equality are inline (no virtual call, no allocation). Enumeration follows bucket order,
+/// which changes on every rehash and may change on removal. A missing value reads as V{}.
+/// Errors: Add of a present key and GetItem/SetItem of a missing one raise EListError; a
+/// negative capacity or SetCapacity below Count EArgumentOutOfRangeException; more than 2^30
+/// buckets EOutOfMemory. A failed operation leaves the entries unchanged.
+template <class K, class V>
+class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
+  using TEnumerableBase = TKZEnumerable<TPair<K, V>>;
+ public:
+  using TMeta = typename TEnumerableBase::TMeta;  // a dependent base hides it from KZ_CLASS
+  KZ_CLASS(TKZDictionary, TEnumerableBase)
+ public:
+  using TKeyType = K;
+  using TValueType = V;
+  using TPairType = TPair<K, V>;
+  using TComparerRef = TIntfPtr<IEqualityComparer<K>>;
+
+  /// The largest bucket count.
+  static constexpr std::int32_t MaxBuckets = 1 << 30;
+
+  /// One bucket: HashCode -1 marks a free one.
+  struct TItem {
+    std::int32_t HashCode = -1;
+    K Key{};
+    V Value{};
+  };
+
+  class TPairEnumerator;
+  class TKeyEnumerator;
+  class TValueEnumerator;
+  class TKeyCollection;
+  class TValueCollection;
+
+  /// Room for Capacity entries without growing (0: no buckets until the first add). A null
+  /// comparer means the default comparer of K.
+  explicit TKZDictionary(std::int32_t Capacity = 0, TComparerRef Comparer = nullptr) {
+    if (Capacity < 0) throw EArgumentOutOfRangeException(Runtime::SArgumentOutOfRange);
+    SetComparer(std::move(Comparer));
+    SetCapacity(Capacity);
+  }
+  explicit TKZDictionary(TComparerRef Comparer) : TKZDictionary(0, std::move(Comparer)) {}
+  /// Every pair of Collection through AddOrSetValue: later duplicates overwrite earlier ones.
+  explicit TKZDictionary(const TKZEnumerable<TPairType>* Collection, TComparerRef Comparer = nullptr)
+      : TKZDictionary(0, std::move(Comparer)) {
+    if (!Collection) RaiseNullAccess(u"pair collection");
+    for (auto E = Collection->GetEnumerator(); E->MoveNext();) {
+      TPairType P = E->GetCurrent();
+      AddOrSetValue(std::move(P.Key), std::move(P.Value));
+    }
+  }
+  TKZDictionary(std::initializer_list<TPairType> Pairs, TComparerRef Comparer = nullptr)
+      : TKZDictionary(0, std::move(Comparer)) {
+    for (const TPairType& P : Pairs) AddOrSetValue(P.Key, P.Value);
+  }
+  /// Clears (telling the handlers of every entry), then frees the views. A handler that
+  /// raises here cannot stop the destruction; its exception is dropped.
+  ~TKZDictionary() override {
+    try {
+      Clear();
+    } catch (...) {
+    }
+  }
+
+  // --- Changes ---
+  /// Adds a new key; a present key raises EListError (after any growth).
+  void Add(K Key, V Value) {
+    if (FCount >= FGrowThreshold) Grow();
+    const std::int32_t HashCode = Hash(Key);
+    const std::int32_t Index = GetBucketIndex(Key, HashCode);
+    if (Index >= 0) throw EListError(Runtime::SGenericDuplicateItem);
+    DoAdd(HashCode, ~Index, std::move(Key), std::move(Value));
+  }
+  /// Adds Key or replaces its value.
+  void AddOrSetValue(K Key, V Value) {
+    if (FCount >= FGrowThreshold) Grow();
+    const std::int32_t HashCode = Hash(Key);
+    const std::int32_t Index = GetBucketIndex(Key, HashCode);
+    if (Index >= 0)
+      DoSetValue(Index, std::move(Value));
+    else
+      DoAdd(HashCode, ~Index, std::move(Key), std::move(Value));
+  }
+  /// Removes Key and answers its value; V{} when absent.
+  V Remove(const K& Key) { return DoRemove(Key, Hash(Key), naRemoved); }
+  /// Removes Key, told as extracted, and answers (Key, value); (Key, V{}) when absent.
+  [[nodiscard]] TPairType ExtractPair(const K& Key) {
+    const std::int32_t HashCode = Hash(Key);
+    // An empty table still goes through DoRemove so that a descendant can refuse it.
+    if (FCount != 0 && GetBucketIndex(Key, HashCode) < 0) return TPairType{Key, V{}};
+    return TPairType{Key, DoRemove(Key, HashCode, naExtracted)};
+  }
+  /// Empties the table and drops its buckets, then tells each former entry as removed.
+  virtual void Clear() {
+    std::vector<TItem> Old;
+    Old.swap(FItems);
+    ++FLayoutVersion;
+    FCount = 0;
+    FGrowThreshold = 0;
+    for (TItem& Item : Old)
+      if (Item.HashCode != -1) {
+        KeyNotify(Item.Key, naRemoved);
+        ValueNotify(Item.Value, naRemoved);
+      }
+  }
+  /// Shrinks to the smallest bucket count for Count + 1 entries.
+  void TrimExcess() { SetCapacity(FCount + 1); }
+  /// At least NewCapacity buckets (a power of two from 4; 0 drops them).
+  void SetCapacity(std::int32_t NewCapacity) {
+    if (NewCapacity < FCount || NewCapacity > MaxBuckets)
+      throw EArgumentOutOfRangeException(Runtime::SArgumentOutOfRange);
+    if (NewCapacity == 0) {
+      Rehash(0);
+      return;
+    }
+    std::int32_t Length = 4;
+    while (Length < NewCapacity) Length *= 2;
+    Rehash(Length);
+  }
+  /// Replaces the value of a present key; a missing key raises EListError.
+  void SetItem(const K& Key, V Value) {
+    const std::int32_t Index = GetBucketIndex(Key, Hash(Key));
+    if (Index < 0) throw EListError(Runtime::SGenericItemNotFound);
+    DoSetValue(Index, std::move(Value));
+  }
+  /// From a dictionary of this very class: Clear, then Add every pair in its order.
+  void Assign(TPersistent* Source) override {
+    if (Source == this) return;
+    if (auto* Src = dynamic_cast<TKZDictionary*>(Source)) {
+      Clear();
+      for (const TItem& Item : Src->FItems)
+        if (Item.HashCode != -1) Add(Item.Key, Item.Value);
+      return;
+    }
+    TEnumerableBase::Assign(Source);
+  }
+
+  // --- Queries ---
+  [[nodiscard]] bool TryGetValue(const K& Key, V& Value) const {
+    const std::int32_t Index = GetBucketIndex(Key, Hash(Key));
+    if (Index < 0) {
+      Value = V{};
+      return false;
+    }
+    Value = FItems[static_cast<std::size_t>(Index)].Value;
+    return true;
+  }
+  /// The value of Key, or null when absent: no copy, no error.
+  [[nodiscard]] const V* Find(const K& Key) const {
+    const std::int32_t Index = GetBucketIndex(Key, Hash(Key));
+    return Index < 0 ? nullptr : &FItems[static_cast<std::size_t>(Index)].Value;
+  }
+  [[nodiscard]] bool ContainsKey(const K& Key) const { return GetBucketIndex(Key, Hash(Key)) >= 0; }
+  /// Scans every bucket with the default equality of V. O(buckets).
+  [[nodiscard]] bool ContainsValue(const V& Value) const {
+    for (const TItem& Item : FItems)
+      if (Item.HashCode != -1 && Item.Value == Value) return true;
+    return false;
+  }
+  /// The value of a present key; a missing key raises EListError.
+  [[nodiscard]] const V& GetItem(const K& Key) const {
+    const std::int32_t Index = GetBucketIndex(Key, Hash(Key));
+    if (Index < 0) throw EListError(Runtime::SGenericItemNotFound);
+    return FItems[static_cast<std::size_t>(Index)].Value;
+  }
+  std::int32_t GetCount() const { return FCount; }
+  /// The number of buckets (0 or a power of two from 4).
+  std::int32_t GetBucketCount() const { return static_cast<std::int32_t>(FItems.size()); }
+  /// The Count at which the next add first grows the table.
+  std::int32_t GetGrowThreshold() const { return FGrowThreshold; }
+  /// The buckets, for inspection.
+  const std::vector<TItem>& GetItems() const { return FItems; }
+  /// Changes whenever a rehash has moved the entries.
+  std::uint32_t GetLayoutVersion() const { return FLayoutVersion; }
+  const TComparerRef& GetComparer() const { return FComparer; }
+  /// The keys as a live view, owned by the dictionary.
+  TKeyCollection* GetKeys() const {
+    if (!FKeys) FKeys.reset(new TKeyCollection(this));
+    return FKeys.get();
+  }
+  /// The values as a live view, owned by the dictionary.
+  TValueCollection* GetValues() const {
+    if (!FValues) FValues.reset(new TValueCollection(this));
+    return FValues.get();
+  }
+  std::unique_ptr<TPairEnumerator> GetEnumerator() const { return std::make_unique<TPairEnumerator>(this); }
+  /// Exactly Count pairs in bucket order.
+  std::vector<TPairType> ToArray() const override { return this->ToArrayImpl(FCount); }
+
+  const TKZNotifyEvent<K>& GetOnKeyNotify() const { return FOnKeyNotify; }
+  void SetOnKeyNotify(TKZNotifyEvent<K> Handler) { FOnKeyNotify = std::move(Handler); }
+  const TKZNotifyEvent<V>& GetOnValueNotify() const { return FOnValueNotify; }
+  void SetOnValueNotify(TKZNotifyEvent<V> Handler) { FOnValueNotify = std::move(Handler); }
+
+  /// The stored hash of Key: never negative, so never the free marker.
+  std::int32_t Hash(const K& Key) const {
+    const std::uint32_t H =
+        static_cast<std::uint32_t>(FDefaultComparer ? Generics::detail::DefaultHashCode(Key) : FComparer->GetHashCode(Key));
+    return static_cast<std::int32_t>(((H & 0x7FFFFFFFu) + 1u) & 0x7FFFFFFFu);
+  }
+  /// The bucket holding Key, or the complement of the free bucket where it would go; the
+  /// smallest int32 when there are no buckets, or when SetCapacity(Count) has filled every
+  /// bucket and Key is absent (adds grow before they search, so they always find room).
+  std::int32_t GetBucketIndex(const K& Key, std::int32_t HashCode) const {
+    if (FItems.empty()) return INT32_MIN;
+    const std::uint32_t Mask = static_cast<std::uint32_t>(FItems.size()) - 1u;
+    const TItem* Items = FItems.data();
+    std::uint32_t I = static_cast<std::uint32_t>(HashCode) & Mask;
+    if (static_cast<std::uint32_t>(FCount) > Mask) {
+      // No free bucket ends the run: visit each bucket once.
+      for (std::uint32_t Left = Mask + 1u; Left > 0; --Left, I = (I + 1u) & Mask)
+        if (Items[I].HashCode == HashCode && KeyEquals(Items[I].Key, Key)) return static_cast<std::int32_t>(I);
+      return INT32_MIN;
+    }
+    for (;;) {
+      const std::int32_t Stored = Items[I].HashCode;
+      if (Stored == -1) return ~static_cast<std::int32_t>(I);
+      if (Stored == HashCode && KeyEquals(Items[I].Key, Key)) return static_cast<std::int32_t>(I);
+      I = (I + 1u) & Mask;
+    }
+  }
+
+ protected:
+  std::unique_ptr<TKZEnumerator<TPairType>> DoGetEnumerator() const override { return GetEnumerator(); }
+
+  /// Fills free bucket Index, counts it, then tells key and value as added.
+  virtual void DoAdd(std::int32_t HashCode, std::int32_t Index, K Key, V Value) {
+    TItem& Item = FItems[static_cast<std::size_t>(Index)];
+    Item.Key = std::move(Key);
+    Item.Value = std::move(Value);
+    Item.HashCode = HashCode;
+    ++FCount;
+    KeyNotify(Item.Key, naAdded);
+    ValueNotify(Item.Value, naAdded);
+  }
+  /// Stores Value in bucket Index, then tells the old value removed and the new one added.
+  virtual void DoSetValue(std::int32_t Index, V Value) {
+    V Old = std::exchange(FItems[static_cast<std::size_t>(Index)].Value, std::move(Value));
+    ValueNotify(Old, naRemoved);
+    ValueNotify(FItems[static_cast<std::size_t>(Index)].Value, naAdded);
+  }
+  /// Removes Key by shifting later entries of its probe run back into the gap; V{} when
+  /// absent (and nothing told).
+  virtual V DoRemove(const K& Key, std::int32_t HashCode, TKZNotifyAction Action) {
+    std::int32_t Gap = GetBucketIndex(Key, HashCode);
+    if (Gap < 0) return V{};
+    const std::uint32_t Mask = static_cast<std::uint32_t>(FItems.size()) - 1u;
+    TItem* Items = FItems.data();
+    K OldKey = std::move(Items[Gap].Key);
+    V Result = std::move(Items[Gap].Value);
+    Items[Gap].HashCode = -1;
+    for (std::uint32_t I = (static_cast<std::uint32_t>(Gap) + 1u) & Mask; Items[I].HashCode != -1;
+         I = (I + 1u) & Mask) {
+      const auto Home = static_cast<std::int32_t>(static_cast<std::uint32_t>(Items[I].HashCode) & Mask);
+      if (!InCircularRange(Gap, Home, static_cast<std::int32_t>(I))) {
+        Items[Gap] = std::move(Items[I]);
+        Gap = static_cast<std::int32_t>(I);
+        Items[Gap].HashCode = -1;
+      }
+    }
+    Items[Gap].HashCode = -1;
+    Items[Gap].Key = K{};
+    Items[Gap].Value = V{};
+    --FCount;
+    KeyNotify(OldKey, Action);
+    ValueNotify(Result, Action);
+    return Result;
+  }
+  virtual void KeyNotify(const K& Key, TKZNotifyAction Action) {
+    if (FOnKeyNotify) FOnKeyNotify(this, Key, Action);
+  }
+  virtual void ValueNotify(const V& Value, TKZNotifyAction Action) {
+    if (FOnValueNotify) FOnValueNotify(this, Value, Action);
+  }
+
+  /// Twice the buckets, or 4 from none.
+  void Grow() {
+    const std::int32_t Length = GetBucketCount();
+    if (Length >= MaxBuckets) throw EOutOfMemory(Runtime::SOutOfMemory);
+    Rehash(Length == 0 ? 4 : Length * 2);
+  }
+  /// Moves every entry, in old bucket order, into NewLength fresh buckets; tells nothing.
+  /// The new array is built before the old one is touched.
+  void Rehash(std::int32_t NewLength) {
+    if (NewLength == GetBucketCount()) return;
+    std::vector<TItem> NewItems;
+    try {
+      NewItems.resize(static_cast<std::size_t>(NewLength));
+    } catch (const std::bad_alloc&) {
+      throw EOutOfMemory(Runtime::SOutOfMemory);
+    }
+    NewItems.swap(FItems);
+    ++FLayoutVersion;
+    FGrowThreshold = (NewLength >> 1) + (NewLength >> 2);
+    for (TItem& Item : NewItems)
+      if (Item.HashCode != -1) RehashAdd(Item.HashCode, std::move(Item.Key), std::move(Item.Value));
+  }
+  void RehashAdd(std::int32_t HashCode, K&& Key, V&& Value) {
+    const std::uint32_t Mask = static_cast<std::uint32_t>(FItems.size()) - 1u;
+    std::uint32_t I = static_cast<std::uint32_t>(HashCode) & Mask;
+    while (FItems[I].HashCode != -1) I = (I + 1u) & Mask;
+    FItems[I].HashCode = HashCode;
+    FItems[I].Key = std::move(Key);
+    FItems[I].Value = std::move(Value);
+  }
+
+ private:
+  void SetComparer(TComparerRef Comparer) {
+    const TComparerRef& Default = TEqualityComparer<K>::Default();
+    FDefaultComparer = !Comparer || Comparer.get() == Default.get();
+    FComparer = FDefaultComparer ? Default : std::move(Comparer);
+  }
+  bool KeyEquals(const K& Stored, const K& Key) const {
+    return FDefaultComparer ? Stored == Key : FComparer->Equals(Stored, Key);
+  }
+
+  std::vector<TItem> FItems;
+  std::int32_t FCount = 0;
+  std::int32_t FGrowThreshold = 0;
+  std::uint32_t FLayoutVersion = 0;
+  bool FDefaultComparer = true;
+  TComparerRef FComparer;
+  TKZNotifyEvent<K> FOnKeyNotify;
+  TKZNotifyEvent<V> FOnValueNotify;
+  mutable std::unique_ptr<TKeyCollection> FKeys;
+  mutable std::unique_ptr<TValueCollection> FValues;
+};
+
+/// Walks the live buckets of a dictionary in bucket order.
+template <class K, class V>
+class TKZDictionary<K, V>::TPairEnumerator final : public TKZEnumerator<TPair<K, V>> {
+  using TBase = TKZEnumerator<TPair<K, V>>;
+ public:
+  using TMeta = typename TBase::TMeta;  // a dependent base hides it from KZ_CLASS
+  KZ_CLASS(TPairEnumerator, TBase)
+ public:
+  explicit TPairEnumerator(const TKZDictionary* Dictionary) : FDictionary(Dictionary) {}
+  bool MoveNext() override { return Step(FDictionary, FIndex); }
+  TPair<K, V> GetCurrent() const override {
+    const TItem& Item = At(FDictionary, FIndex);
+    return TPair<K, V>{Item.Key, Item.Value};
+  }
+
+ private:
+  const TKZDictionary* FDictionary;
+  std::int32_t FIndex = -1;
+
+ public:
+  // Shared by the three enumerators: the next live bucket after Index, and a checked read.
+  static bool Step(const TKZDictionary* D, std::int32_t& Index) {
+    const auto Length = static_cast<std::int32_t>(D->FItems.size());
+    while (Index < Length - 1) {
+      ++Index;
+      if (D->FItems[static_cast<std::size_t>(Index)].HashCode != -1) return true;
+    }
+    Index = Length;
+    return false;
+  }
+  static const TItem& At(const TKZDictionary* D, std::int32_t Index) {
+    if (Index < 0 || Index >= static_cast<std::int32_t>(D->FItems.size()))
+      throw EListError(Runtime::SListIndexError, {Index});
+    return D->FItems[static_cast<std::size_t>(Index)];
+  }
+};
+
+template <class K, class V>
+class TKZDictionary<K, V>::TKeyEnumerator final : public TKZEnumerator<K> {
+ public:
+  using TMeta = typename TKZEnumerator<K>::TMeta;  // a dependent base hides it from KZ_CLASS
+  KZ_CLASS(TKeyEnumerator, TKZEnumerator<K>)
+ public:
+  explicit TKeyEnumerator(const TKZDictionary* Dictionary) : FDictionary(Dictionary) {}
+  bool MoveNext() override { return TPairEnumerator::Step(FDictionary, FIndex); }
+  K GetCurrent() const override { return TPairEnumerator::At(FDictionary, FIndex).Key; }
+
+ private:
+  const TKZDictionary* FDictionary;
+  std::int32_t FIndex = -1;
+};
+
+template <class K, class V>
+class TKZDictionary<K, V>::TValueEnumerator final : public TKZEnumerator<V> {
+ public:
+  using TMeta = typename TKZEnumerator<V>::TMeta;  // a dependent base hides it from KZ_CLASS
+  KZ_CLASS(TValueEnumerator, TKZEnumerator<V>)
+ public:
+  explicit TValueEnumerator(const TKZDictionary* Dictionary) : FDictionary(Dictionary) {}
+  bool MoveNext() override { return TPairEnumerator::Step(FDictionary, FIndex); }
+  V GetCurrent() const override { return TPairEnumerator::At(FDictionary, FIndex).Value; }
+
+ private:
+  const TKZDictionary* FDictionary;
+  std::int32_t FIndex = -1;
+};
+
+/// The keys of a dictionary as an enumerable view (no copy).
+template <class K, class V>
+class TKZDictionary<K, V>::TKeyCollection final : public TKZEnumerable<K> {
+ public:
+  using TMeta = typename TKZEnumerable<K>::TMeta;  // a dependent base hides it from KZ_CLASS
+  KZ_CLASS(TKeyCollection, TKZEnumerable<K>)
+ public:
+  explicit TKeyCollection(const TKZDictionary* Dictionary) : FDictionary(Dictionary) {}
+  std::int32_t GetCount() const { return FDictionary->GetCount(); }
+  std::unique_ptr<TKeyEnumerator> GetEnumerator() const { return std::make_unique<TKeyEnumerator>(FDictionary); }
+  std::vector<K> ToArray() const override { return this->ToArrayImpl(GetCount()); }
+
+ protected:
+  std::unique_ptr<TKZEnumerator<K>> DoGetEnumerator() const override { return GetEnumerator(); }
+
+ private:
+  const TKZDictionary* FDictionary;
+};
+
+/// The values of a dictionary as an enumerable view (no copy).
+template <class K, class V>
+class TKZDictionary<K, V>::TValueCollection final : public TKZEnumerable<V> {
+ public:
+  using TMeta = typename TKZEnumerable<V>::TMeta;  // a dependent base hides it from KZ_CLASS
+  KZ_CLASS(TValueCollection, TKZEnumerable<V>)
+ public:
+  explicit TValueCollection(const TKZDictionary* Dictionary) : FDictionary(Dictionary) {}
+  std::int32_t GetCount() const { return FDictionary->GetCount(); }
+  std::unique_ptr<TValueEnumerator> GetEnumerator() const { return std::make_unique<TValueEnumerator>(FDictionary); }
+  std::vector<V> ToArray() const override { return this->ToArrayImpl(GetCount()); }
+
+ protected:
+  std::unique_ptr<TKZEnumerator<V>> DoGetEnumerator() const override { return GetEnumerator(); }
+
+ private:
+  const TKZDictionary* FDictionary;
+};
+
+}  // namespace kz
