@@ -219,8 +219,7 @@ const String FinishSuffix = u".end";
 // links from each predecessor's finish, and one project start and finish event linked to the
 // tasks without predecessors or successors. Ids are looked up in the tool's own index, so
 // building costs O(tasks + dependencies).
-void BuildFromTasks(TProject& P, const std::vector<TRecord>& AllRecs, const String& FileName, const TProgress& Progress) {
-  const std::vector<TRecord> Recs(AllRecs.begin() + (AllRecs.empty() ? 0 : 1), AllRecs.end());  // after the header
+void BuildFromTasks(TProject& P, const std::vector<TRecord>& Recs, const String& FileName, const TProgress& Progress) {
   const std::size_t Count = Recs.size();
   std::unordered_map<String, std::int32_t> Index;
   Index.reserve(Count);
@@ -327,7 +326,7 @@ void CollectRows(TProject& P) {
   }
 }
 
-void BuildFromEvents(TProject& P, const std::vector<TRecord>& AllRecs, const String& FileName) {
+void BuildFromEvents(TProject& P, const std::vector<TRecord>& Recs, const String& FileName) {
   TActivityNetwork& Net = *P.Net;
   Net.SetDirected(true);
   std::unordered_map<String, TAOEEvent*> Events;
@@ -336,8 +335,7 @@ void BuildFromEvents(TProject& P, const std::vector<TRecord>& AllRecs, const Str
     if (!E) E = Net.AddEvent(Caption);
     return E;
   };
-  for (std::size_t i = 1; i < AllRecs.size(); ++i) {
-    const TRecord& R = AllRecs[i];
+  for (const TRecord& R : Recs) {
     if (R.Fields.size() < 3)
       Fail(FileName, R.Line, u"expected from,to,duration,name but found " + U(std::to_string(R.Fields.size())) + u" field(s)");
     if (R.Fields[0].empty() || R.Fields[1].empty()) Fail(FileName, R.Line, u"an event name is empty");
@@ -751,7 +749,8 @@ int Run(const TOptions& O) {
     const String Text = ReadText(O.Input);
     Progress.On = Text.size() > 2000000;  // about 50K tasks
     Progress.Step("reading");
-    const std::vector<TRecord> Recs = ParseCsv(Text, O.Input);
+    std::vector<TRecord> Recs = ParseCsv(Text, O.Input);
+    if (!Recs.empty()) Recs.erase(Recs.begin());  // the header
     if (O.Events) BuildFromEvents(P, Recs, O.Input);
     else BuildFromTasks(P, Recs, O.Input, Progress);
   }
