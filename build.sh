@@ -11,7 +11,7 @@ cd "$(dirname "$0")"
 
 deps() {
   local pkgs=(cmake ninja-build g++ libgtest-dev libgmock-dev)
-  [ "${1:-}" = bench ] && pkgs+=(libbenchmark-dev libboost-dev)
+  [ "${1:-}" = bench ] && pkgs+=(libbenchmark-dev libboost-dev time)
   [ "${1:-}" = clang ] && pkgs+=(clang)
   local missing=()
   for p in "${pkgs[@]}"; do

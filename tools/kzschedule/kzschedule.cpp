@@ -37,6 +37,7 @@ const char* const Usage =
     "  --dot FILE     write the network for Graphviz\n"
     "  --from ID      schedule the stretch from the start of task (or event) ID\n"
     "  --to ID        ... up to the finish of task (or event) ID\n"
+    "  --unit WORD    what the chart calls a unit of time (days)\n"
     "  --quiet        print only the duration and critical path(s), not the table\n"
     "  --generate N   write a random project of N tasks to PROJECT.csv; --seed S picks which\n"
     "  --help         this text\n"
@@ -67,10 +68,10 @@ std::string N8(StringView S) { return StringToUtf8(S); }
 struct TProgress {
   bool On = false;
   std::chrono::steady_clock::time_point Start = std::chrono::steady_clock::now();
-  void Step(const char* What) const {
+  void Step(const std::string& What) const {
     if (!On) return;
     const double S = std::chrono::duration<double>(std::chrono::steady_clock::now() - Start).count();
-    std::fprintf(stderr, "kzschedule: %6.1fs %s\n", S, What);
+    std::fprintf(stderr, "kzschedule: %6.1fs %s\n", S, What.c_str());
   }
 };
 
@@ -480,7 +481,12 @@ void PrintTable(const std::vector<TTaskRow>& Rows) {
     Pad(R.Id, IdW);
     Pad(R.Task->GetName(), NameW);
     for (std::int32_t V : {T.Duration, T.ES, T.EF, T.LS, T.LF, T.Slack}) Col(Num(V));
-    Out += T.Slack == 0 ? "*\n" : "\n";
+    if (T.Slack == 0) {
+      Out += "*\n";
+    } else {
+      while (Out.back() == ' ') Out.pop_back();
+      Out += '\n';
+    }
     if (Out.size() > (1 << 16)) {
       std::fwrite(Out.data(), 1, Out.size(), stdout);
       Out.clear();
@@ -502,7 +508,8 @@ std::string Xml(const String& S) {
 }
 
 // Bars at the earliest start, slack drawn after them, critical tasks in red, names on the left.
-std::string GanttSvg(const std::vector<TTaskRow>& Rows, std::int32_t ProjectTime, const String& Title) {
+std::string GanttSvg(const std::vector<TTaskRow>& Rows, std::int32_t ProjectTime, const String& Title,
+                     const String& Unit) {
   const int RowH = 22, Top = 58, NameW = 260, ChartW = 900, Right = 30;
   const double Scale = ProjectTime > 0 ? static_cast<double>(ChartW) / ProjectTime : 1.0;
   const int H = Top + static_cast<int>(Rows.size()) * RowH + 40;
@@ -510,7 +517,7 @@ std::string GanttSvg(const std::vector<TTaskRow>& Rows, std::int32_t ProjectTime
                   Num(H) + "\" font-family=\"sans-serif\" font-size=\"12\">\n";
   S += "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n";
   S += "<text x=\"10\" y=\"22\" font-size=\"16\" font-weight=\"bold\">" + Xml(Title) + " — " + Num(ProjectTime) +
-       " days</text>\n";
+       " " + Xml(Unit) + "</text>\n";
   S += "<rect x=\"" + Num(NameW + ChartW - 330) + "\" y=\"10\" width=\"14\" height=\"12\" fill=\"#d62728\"/><text x=\"" +
        Num(NameW + ChartW - 312) + "\" y=\"21\">critical</text>";
   S += "<rect x=\"" + Num(NameW + ChartW - 250) + "\" y=\"10\" width=\"14\" height=\"12\" fill=\"#4c78a8\"/><text x=\"" +
@@ -526,7 +533,7 @@ std::string GanttSvg(const std::vector<TTaskRow>& Rows, std::int32_t ProjectTime
          "\" stroke=\"#e3e3e3\"/><text x=\"" + Num(X) + "\" y=\"" + Num(Top - 12) + "\" text-anchor=\"middle\" fill=\"#555\">" +
          Num(t) + "</text>\n";
   }
-  S += "<text x=\"" + Num(NameW + ChartW / 2) + "\" y=\"" + Num(H - 10) + "\" text-anchor=\"middle\" fill=\"#555\">days</text>\n";
+  S += "<text x=\"" + Num(NameW + ChartW / 2) + "\" y=\"" + Num(H - 10) + "\" text-anchor=\"middle\" fill=\"#555\">" + Xml(Unit) + "</text>\n";
   int Y = Top;
   for (const TTaskRow& R : Rows) {
     const TTimes T = TimesOf(R.Task);
@@ -683,7 +690,7 @@ std::string GenerateProject(std::int64_t Count, std::uint64_t Start) {
 // --- Command line -------------------------------------------------------------------------
 
 struct TOptions {
-  String Input, Load, Save, Csv, Svg, Dot, From, To;
+  String Input, Load, Save, Csv, Svg, Dot, From, To, Unit = u"days";
   bool Events = false, Quiet = false;
   std::int64_t Generate = -1;
   std::uint64_t Start = 1;
@@ -716,6 +723,7 @@ TOptions ParseArgs(int argc, char** argv) {
     else if (A == "--dot") O.Dot = U(Value());
     else if (A == "--from") O.From = U(Value());
     else if (A == "--to") O.To = U(Value());
+    else if (A == "--unit") O.Unit = U(Value());
     else if (A == "--generate") O.Generate = Number(A, Value());
     else if (A == "--seed") O.Start = static_cast<std::uint64_t>(Number(A, Value()));
     else if (A.size() > 1 && A[0] == '-') throw EUsageError(u"unknown option " + U(A));
@@ -746,15 +754,17 @@ int Run(const TOptions& O) {
   if (!O.Load.empty()) {
     LoadNetwork(P, O.Load);
   } else {
-    const String Text = ReadText(O.Input);
-    Progress.On = Text.size() > 2000000;  // about 50K tasks
-    Progress.Step("reading");
-    std::vector<TRecord> Recs = ParseCsv(Text, O.Input);
+    std::vector<TRecord> Recs = ParseCsv(ReadText(O.Input), O.Input);
     if (!Recs.empty()) Recs.erase(Recs.begin());  // the header
+    Progress.On = Recs.size() > 50000;
+    Progress.Step("read " + std::to_string(Recs.size()) + " rows");
     if (O.Events) BuildFromEvents(P, Recs, O.Input);
     else BuildFromTasks(P, Recs, O.Input, Progress);
   }
-  Progress.On = Progress.On || P.Rows.size() > 50000;
+  if (!Progress.On && P.Rows.size() > 50000) {
+    Progress.On = true;
+    Progress.Step("read " + std::to_string(P.Rows.size()) + " tasks");
+  }
   TAOEEvent* From = O.From.empty() ? nullptr : FindEvent(P, O.From, false);
   TAOEEvent* To = O.To.empty() ? nullptr : FindEvent(P, O.To, true);
 
@@ -774,7 +784,7 @@ int Run(const TOptions& O) {
   if (!O.Svg.empty()) {
     std::string Title = N8(Source);
     if (const auto Slash = Title.find_last_of('/'); Slash != std::string::npos) Title.erase(0, Slash + 1);
-    WriteFile(O.Svg, GanttSvg(P.Rows, Time, U(Title)));
+    WriteFile(O.Svg, GanttSvg(P.Rows, Time, U(Title), O.Unit));
   }
   if (!O.Quiet) PrintTable(P.Rows);
   if (From || To) {
@@ -794,6 +804,12 @@ int Run(const TOptions& O) {
     }
   }
   Progress.Step("done");
+  if (Progress.On) {
+    // Freeing millions of events and tasks one by one takes longer than scheduling them, and
+    // the process ends right here: leave the memory to the system.
+    static TActivityNetwork* const Kept = P.Net.release();
+    (void)Kept;
+  }
   return 0;
 }
 
