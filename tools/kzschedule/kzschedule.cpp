@@ -551,6 +551,15 @@ std::string GanttSvg(const std::vector<TTaskRow>& Rows, std::int32_t ProjectTime
   return S + "</svg>\n";
 }
 
+std::string DotText(const String& S) {
+  std::string R;
+  for (char C : N8(S)) {
+    if (C == '"' || C == '\\') R += '\\';
+    R += C;
+  }
+  return R;
+}
+
 std::string Dot(const TProject& P) {
   std::unordered_set<const TGGraphEdge*> Tasks;
   for (const TTaskRow& R : P.Rows) Tasks.insert(R.Task);
@@ -559,7 +568,7 @@ std::string Dot(const TProject& P) {
   std::unordered_map<const TGGraphNode*, std::int32_t> Number;
   for (std::int32_t i = 0; i < Nodes.GetCount(); ++i) {
     Number[Nodes.GetItem(i)] = i;
-    S += "  n" + Num(i) + " [label=\"" + Xml(Nodes.GetItem(i)->GetCaption()) + "\"];\n";
+    S += "  n" + Num(i) + " [label=\"" + DotText(Nodes.GetItem(i)->GetCaption()) + "\"];\n";
   }
   for (std::int32_t i = 0; i < Nodes.GetCount(); ++i) {
     TGGraphNode* N = Nodes.GetItem(i);
@@ -568,7 +577,7 @@ std::string Dot(const TProject& P) {
       S += "  n" + Num(i) + " -> n" + Num(Number[T->GetToNode()]);
       const std::string Colour = T->GetCriticality() == 0 ? "red" : "black";
       if (Tasks.count(T))
-        S += " [label=\"" + Xml(T->GetName()) + " (" + Num(T->GetWeight()) + ")\", color=" + Colour + "];\n";
+        S += " [label=\"" + DotText(T->GetName()) + " (" + Num(T->GetWeight()) + ")\", color=" + Colour + "];\n";
       else
         S += " [style=dashed, color=" + Colour + "];\n";
     }

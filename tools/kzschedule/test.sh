@@ -70,6 +70,9 @@ has chart.svg "<svg"
 has chart.svg "Gamma"
 has net.dot "digraph project"
 has net.dot "style=dashed"
+is "$(grep -c -- '->' net.dot)" 13 "dot edges: 5 tasks, 4 dependencies, 2 + 2 project links"
+is "$(grep -c 'color=red' net.dot)" 7 "dot critical edges: a, c, d, the two links between them and two project links"
+has net.dot 'label="Delta, the \"last\" (1)"'
 run 0 --load net.kzn
 cmp -s out.txt saved.txt || fail "--load gives a different schedule: $(diff saved.txt out.txt)"
 run 0 --load net.kzn --save again.kzn
@@ -92,6 +95,7 @@ bad "$Data/nonnumeric.csv" 'nonnumeric.csv:3: the duration "two" is not a whole 
 bad "$Data/cycle.csv" 'dependency cycle: '
 for T in a b c; do has err.txt " $T "; done
 bad "$Data/unclosed.csv" 'unclosed.csv:2: a quoted field is not closed'
+bad "$Data/multiline.csv" 'multiline.csv:4: the duration "x" is not a whole number'
 bad "$Data/missing.csv" 'missing.csv: cannot read'
 bad "$Data/eventcycle.csv" 'dependency cycle through events ' --events
 run 1 --load "$Data/notstored.bin"
