@@ -146,6 +146,21 @@ bool TGCustomGraph::RemoveNode(TGGraphNode* Node) {
   return false;
 }
 
+bool TGCustomGraph::RemoveKept(TGGraphNode* Node) {
+  if (!Forget(Node)) return false;
+  Node->SetGraph(nullptr);
+  delete Node;
+  Change();
+  return true;
+}
+
+TGGraphNode* TGCustomGraph::ExtractKept(TGGraphNode* Node) {
+  if (!Forget(Node)) return nullptr;
+  Node->SetGraph(nullptr);  // nothing more when the node is leaving by its own SetGraph
+  Change();
+  return Node;
+}
+
 TGGraphNode* TGCustomGraph::Extract(StringView Caption) {
   TGGraphNode* Node = FindNode(Caption);
   return Node ? Extract(Node) : nullptr;
@@ -326,7 +341,7 @@ TGGraphNode* TGGraph::FindNode(StringView Caption) const {
 
 TIntfPtr<IObjectIterator> TGGraph::GetNodes() const { return TIntfPtr<IObjectIterator>(new TNodeListIterator(FNodes)); }
 
-bool TGGraph::Unlist(TGGraphNode* Node) {
+bool TGGraph::Forget(TGGraphNode* Node) {
   if (!Node || Node->FOrder == 0) return false;
   // The list is in insertion order, so the sequence numbers find the node by bisection.
   auto It = std::lower_bound(FNodes.begin(), FNodes.end(), Node->FOrder,
@@ -340,18 +355,10 @@ bool TGGraph::Unlist(TGGraphNode* Node) {
 
 bool TGGraph::RemoveNode(TGGraphNode* Node) {
   inherited::RemoveNode(Node);
-  if (!Unlist(Node)) return false;
-  delete Node;
-  Change();
-  return true;
+  return RemoveKept(Node);
 }
 
-TGGraphNode* TGGraph::Extract(TGGraphNode* Node) {
-  if (!Unlist(Node)) return nullptr;
-  Node->SetGraph(nullptr);  // nothing more when the node is leaving by its own SetGraph
-  Change();
-  return Node;
-}
+TGGraphNode* TGGraph::Extract(TGGraphNode* Node) { return ExtractKept(Node); }
 
 void TGGraph::TextChange(TGGraphNode* Node, const String& NewCaption) {
   inherited::TextChange(Node, NewCaption);

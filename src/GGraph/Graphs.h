@@ -145,6 +145,11 @@ class TGCustomGraph : public TComponent {
   virtual void ForEachKeptNode(const std::function<void(TGGraphNode*)>& Fn) const;
   /// Silences every handler (destructors call it before clearing).
   void DropHandlers();
+  /// Takes Node out of the graph's keeping without freeing it; false when not kept here.
+  virtual bool Forget(TGGraphNode* Node) = 0;
+  /// RemoveNode's and Extract's work: Forget, detach, then free (or hand back), Change.
+  bool RemoveKept(TGGraphNode* Node);
+  TGGraphNode* ExtractKept(TGGraphNode* Node);
 
   bool FAcyclic = false;
   bool FDirected = false;
@@ -208,8 +213,7 @@ class TGGraph : public TGCustomGraph {
   };
   void IndexCaption(TGGraphNode* Node, const String& Caption);
   void UnindexCaption(TGGraphNode* Node, const String& Caption);
-  /// Takes Node out of the list; false when absent.
-  bool Unlist(TGGraphNode* Node);
+  bool Forget(TGGraphNode* Node) override;
 
   TGGraphNodes FNodes;
   TKZDictionary<String, TCaptionEntry> FCaptions;
@@ -245,10 +249,10 @@ class TGLabelGraph : public TGCustomGraph {
 
  protected:
   void ForEachKeptNode(const std::function<void(TGGraphNode*)>& Fn) const override;
+  /// Out of the table (when it holds the node's key) or out of the hidden nodes.
+  bool Forget(TGGraphNode* Node) override;
 
  private:
-  /// Takes Node out of the table (when it holds the node's key) or out of the hidden nodes.
-  bool Forget(TGGraphNode* Node);
 
   std::unique_ptr<TKZStringObjectHashTable<TGGraphNode>> FNodes;
   std::vector<TGGraphNode*> FOrphans;  // nodes whose key a rename took over

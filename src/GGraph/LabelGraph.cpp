@@ -79,19 +79,10 @@ bool TGLabelGraph::Forget(TGGraphNode* Node) {
 
 bool TGLabelGraph::RemoveNode(TGGraphNode* Node) {
   inherited::RemoveNode(Node);
-  if (!Forget(Node)) return false;
-  Node->SetGraph(nullptr);
-  delete Node;
-  Change();
-  return true;
+  return RemoveKept(Node);
 }
 
-TGGraphNode* TGLabelGraph::Extract(TGGraphNode* Node) {
-  if (!Forget(Node)) return nullptr;
-  Node->SetGraph(nullptr);  // nothing more when the node is leaving by its own SetGraph
-  Change();
-  return Node;
-}
+TGGraphNode* TGLabelGraph::Extract(TGGraphNode* Node) { return ExtractKept(Node); }
 
 void TGLabelGraph::TextChange(TGGraphNode* Node, const String& NewCaption) {
   TGGraphNode* Keyed = nullptr;
