@@ -41,6 +41,13 @@ has out.txt "stretch c to d: 5"
 has out.txt "critical path: c -> d"
 run 0 --from b --to d --quiet "$Data/tiny.csv"
 has out.txt "stretch b to d: 3"
+run 0 --from d --to a --quiet "$Data/tiny.csv"
+has out.txt "stretch d to a: the finish does not follow the start"
+run 0 --from e --quiet "$Data/tiny.csv"
+has out.txt "stretch e to project finish: 2"
+run 0 --events --from 2 --to 4 --quiet "$Data/events.csv"
+has out.txt "stretch 2 to 4: 4"
+has out.txt "critical path: 2-4"
 run 2 --from nothere "$Data/tiny.csv"
 has err.txt 'no task or event "nothere"'
 
