@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds KZCommon from scratch and runs what is asked:
-#   ./build.sh demo             build and run the demonstration on the bundled data
+#   ./build.sh demo             schedule the bundled project with kzschedule, then the small demo
 #   ./build.sh test             build and run the test suite
 #   ./build.sh sanitize         build and run the test suite under ASan + UBSan
 #   ./build.sh clang            build and run the test suite with clang
@@ -17,7 +17,7 @@ deps() {
   local pkgs=(cmake ninja-build g++)
   case "${1:-}" in
     install) ;;
-    bench) pkgs+=(libbenchmark-dev libre2-dev pkg-config libboost-dev libabsl-dev) ;;
+    bench) pkgs+=(libbenchmark-dev libre2-dev pkg-config libboost-dev libabsl-dev time) ;;
     fuzz) pkgs+=(clang libclang-rt-14-dev) ;;
     clang) pkgs+=(clang libgtest-dev libgmock-dev pkg-config) ;;
     *) pkgs+=(libgtest-dev libgmock-dev pkg-config) ;;
@@ -65,7 +65,11 @@ case "${1:-test}" in
   demo)
     deps
     cmake --preset default >/dev/null
-    cmake --build --preset default --target kz_demo
+    cmake --build --preset default --target kzschedule kz_demo
+    echo "== kzschedule examples/data/project.csv"
+    ./build/default/tools/kzschedule/kzschedule --svg build/default/project-gantt.svg examples/data/project.csv
+    echo "Gantt chart written to build/default/project-gantt.svg"
+    echo "== kz_demo examples/data"
     ./build/default/examples/kz_demo examples/data
     ;;
   test)
