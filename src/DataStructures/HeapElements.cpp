@@ -1,9 +1,16 @@
 #include "DataStructures/HeapElements.h"
 
+#include "DataStructures/internal/ElementPool.h"
+
 namespace kz {
 
 using namespace Runtime;
 using namespace DataStructures;
+
+void* THeapElement::operator new(std::size_t Size) { return detail::TElementPool::Allocate(Size); }
+void THeapElement::operator delete(void* Element) noexcept { detail::TElementPool::Free(Element); }
+void* TIHeapElement::operator new(std::size_t Size) { return detail::TElementPool::Allocate(Size); }
+void TIHeapElement::operator delete(void* Element) noexcept { detail::TElementPool::Free(Element); }
 
 void THeapElement::Assign(TPersistent* Source) {
   auto* Other = dynamic_cast<THeapElement*>(Source);

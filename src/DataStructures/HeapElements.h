@@ -2,6 +2,7 @@
 // reference and, for the numeric heaps, a priority.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <limits>
@@ -38,6 +39,12 @@ class THeapElement : public TPersistent {
   KZ_CLASS(THeapElement, TPersistent)
  public:
   explicit THeapElement(TObject* Item) : FItem(Item) {}
+
+  /// Storage comes from the heap that makes the element (from the global heap otherwise),
+  /// which lets a heap refuse an element that has left it without reading freed memory.
+  /// Element classes must not replace these.
+  static void* operator new(std::size_t Size);
+  static void operator delete(void* Element) noexcept;
 
   /// From an element of this family: Item and Index. Other sources raise EConvertError.
   void Assign(TPersistent* Source) override;
@@ -119,6 +126,12 @@ class TIHeapElement : public TPersistent {
   KZ_CLASS(TIHeapElement, TPersistent)
  public:
   explicit TIHeapElement(const TIntfPtr<IInterface>& Item) : FItem(Item) {}
+
+  /// Storage comes from the heap that makes the element (from the global heap otherwise),
+  /// which lets a heap refuse an element that has left it without reading freed memory.
+  /// Element classes must not replace these.
+  static void* operator new(std::size_t Size);
+  static void operator delete(void* Element) noexcept;
 
   /// From another TIHeapElement: Item and Index. Other sources raise EConvertError.
   void Assign(TPersistent* Source) override;

@@ -1,5 +1,6 @@
 #include "DataStructures/Heaps.h"
 
+#include "DataStructures/internal/ElementPool.h"
 #include "DataStructures/internal/HeapCore.h"
 
 namespace kz {
@@ -11,6 +12,7 @@ using detail::PreOrderFind;
 using detail::SiftDown;
 using detail::SiftUp;
 using detail::TakeOut;
+using detail::TElementPool;
 
 namespace {
 
@@ -123,60 +125,69 @@ using TFloatOps = TNumeric<TFloatHeapElement>;
 // Appends Element and sifts it up with Up; when anything raises the element is taken out
 // and freed again.
 template <class E, class FUp>
-E* InsertElement(std::vector<E*>& H, std::unordered_set<const void*>& Live, std::unique_ptr<E> Element, FUp Up) {
+E* InsertElement(std::vector<E*>& H, std::unique_ptr<E> Element, FUp Up) {
   E* X = Element.get();
   detail::THeapAccess::SetIndex(X, static_cast<std::int32_t>(H.size()));
   H.push_back(X);
-  try {
-    Live.insert(X);
-  } catch (...) {
-    H.pop_back();
-    throw;
-  }
   Element.release();
   try {
     if (H.size() > 1) Up(static_cast<std::int32_t>(H.size()) - 1);
   } catch (...) {
     // The sift swaps whole steps, so the element is somewhere on its path with a true Index.
     delete TakeOut(H, X->GetIndex());
-    Live.erase(X);
     throw;
   }
   return X;
 }
 
 template <class E>
-void FreeElements(std::vector<E*>& H, std::unordered_set<const void*>& Live) {
+void FreeElements(std::vector<E*>& H) {
   std::vector<E*> Old;
   Old.swap(H);
-  Live.clear();
   for (E* X : Old) delete X;
 }
 
-// Clones of a heap's elements, made before the receiving heap changes, then swapped in.
+TElementPool& PoolOf(std::unique_ptr<TElementPool>& Pool) {
+  if (!Pool) Pool = std::make_unique<TElementPool>();
+  return *Pool;
+}
+
+// Empties the heap and gives its storage back.
+template <class E>
+void FreeAll(std::vector<E*>& H, const std::unique_ptr<TElementPool>& Pool) {
+  FreeElements(H);
+  if (Pool) Pool->Trim();
+}
+
+// The index of Element when it is one of this heap's: a pointer outside the heap's storage
+// is refused before it is read.
+template <class E>
+std::int32_t ElementIndex(const std::vector<E*>& H, const std::unique_ptr<TElementPool>& Pool, const E* Element) {
+  if (!Element || !Pool || !Pool->Holds(Element)) throw EInvalidOperation(SElementNotInHeap);
+  const std::int32_t I = Element->GetIndex();
+  if (I < 0 || static_cast<std::size_t>(I) >= H.size() || H[static_cast<std::size_t>(I)] != Element)
+    throw EInvalidOperation(SElementNotInHeap);
+  return I;
+}
+
+// Clones of a heap's elements, made in the receiving heap's storage before that heap
+// changes, then swapped in.
 template <class E>
 struct TClones {
   std::vector<E*> Heap;
-  std::unordered_set<const void*> Live;
 
   TClones(const TClones&) = delete;
-  explicit TClones(const std::vector<E*>& Source) {
+  TClones(const std::vector<E*>& Source, TElementPool& Pool) {
+    TElementPool::TScope Scope(Pool);
     std::vector<std::unique_ptr<E>> Copies;
     Copies.reserve(Source.size());
     for (const E* X : Source) Copies.push_back(X->Clone());
-    Live.reserve(Copies.size());
-    for (const auto& X : Copies) Live.insert(X.get());
     Heap.reserve(Copies.size());
     for (auto& X : Copies) Heap.push_back(X.release());
   }
-  ~TClones() { FreeElements(Heap, Live); }
-  void MoveInto(std::vector<E*>& H, std::unordered_set<const void*>& L) {
-    H.swap(Heap);
-    L.swap(Live);
-  }
+  ~TClones() { FreeElements(Heap); }
+  void MoveInto(std::vector<E*>& H) { H.swap(Heap); }
 };
-
-[[noreturn]] void NotInHeap() { throw EInvalidOperation(SElementNotInHeap); }
 
 }  // namespace
 
@@ -188,15 +199,14 @@ TCustomHeap::TCustomHeap(THeapElementClass ElementClass) : FElementClass(Element
   if (!ElementClass) RaiseNullAccess(u"heap element class");
 }
 
-TCustomHeap::~TCustomHeap() { FreeElements(FHeap, FLive); }
+TCustomHeap::~TCustomHeap() { FreeElements(FHeap); }
 
 void TCustomHeap::CheckIndex(std::int32_t Index) const {
   if (Index < 0 || Index >= static_cast<std::int32_t>(FHeap.size())) throw EListError(SListIndexError, {Index});
 }
 
 std::int32_t TCustomHeap::CheckElement(const THeapElement* Element) const {
-  if (!Element || !FLive.count(Element)) NotInHeap();
-  return Element->GetIndex();
+  return ElementIndex(FHeap, FPool, Element);
 }
 
 
@@ -210,10 +220,10 @@ void TCustomHeap::Assign(TPersistent* Source) {
   if (const TMetaClass* Required = RequiredElementClass())
     for (const THeapElement* E : Other->FHeap)
       if (!E->InheritsFrom(Required)) throw EInvalidCast(SInvalidCast);
-  TClones<THeapElement> Copies = GuardMemory([&] { return TClones<THeapElement>(Other->FHeap); });
+  TClones<THeapElement> Copies = GuardMemory([&] { return TClones<THeapElement>(Other->FHeap, PoolOf(FPool)); });
   Clear();
   FOrder = Other->FOrder;
-  Copies.MoveInto(FHeap, FLive);
+  Copies.MoveInto(FHeap);
 }
 
 TObject* TCustomHeap::GetItem(std::int32_t Index) const { return GetElement(Index)->GetItem(); }
@@ -230,20 +240,24 @@ void TCustomHeap::SetOrder(THeapOrder Value) {
 }
 
 THeapElement* TCustomHeap::Add(TObject* Item) {
-  return GuardMemory([&] { return Insert(FElementClass->Create(Item)); });
+  return GuardMemory([&] { return Insert(MakeElement(Item)); });
+}
+
+std::unique_ptr<THeapElement> TCustomHeap::MakeElement(TObject* Item) {
+  TElementPool::TScope Scope(PoolOf(FPool));
+  return FElementClass->Create(Item);
 }
 
 THeapElement* TCustomHeap::Insert(std::unique_ptr<THeapElement> Element) {
-  return InsertElement(FHeap, FLive, std::move(Element), [this](std::int32_t I) { PushUp(I); });
+  return InsertElement(FHeap, std::move(Element), [this](std::int32_t I) { PushUp(I); });
 }
 
-void TCustomHeap::Clear() { FreeElements(FHeap, FLive); }
+void TCustomHeap::Clear() { FreeAll(FHeap, FPool); }
 
 TObject* TCustomHeap::Remove(std::int32_t Index) {
   CheckIndex(Index);
   THeapElement* Removed = TakeOut(FHeap, Index);
   TObject* Result = Removed->GetItem();
-  FLive.erase(Removed);
   delete Removed;
   if (Index == 0 && FHeap.size() > 1) PushDown(0);
   return Result;
@@ -313,7 +327,7 @@ THeapElement* TIntHeap::PushDown(std::int32_t Index) {
 
 TIntHeapElement* TIntHeap::Add(TObject* Item, std::int32_t Priority) {
   return GuardMemory([&] {
-    std::unique_ptr<THeapElement> E = FElementClass->Create(Item);
+    std::unique_ptr<THeapElement> E = MakeElement(Item);
     static_cast<TIntHeapElement*>(E.get())->SetPriority(Priority);
     return static_cast<TIntHeapElement*>(Insert(std::move(E)));
   });
@@ -368,7 +382,7 @@ THeapElement* TFloatHeap::PushDown(std::int32_t Index) {
 
 TFloatHeapElement* TFloatHeap::Add(TObject* Item, float Priority) {
   return GuardMemory([&] {
-    std::unique_ptr<THeapElement> E = FElementClass->Create(Item);
+    std::unique_ptr<THeapElement> E = MakeElement(Item);
     static_cast<TFloatHeapElement*>(E.get())->SetPriority(Priority);
     return static_cast<TFloatHeapElement*>(Insert(std::move(E)));
   });
@@ -409,15 +423,14 @@ TIHeap::TIHeap(TIHeapElementClass ElementClass) : FElementClass(ElementClass) {
 
 TIHeap::TIHeap(TICompareFunc CompareFunc) : FElementClass(&TIHeapElement::ClassInfo()), FCompare(std::move(CompareFunc)) {}
 
-TIHeap::~TIHeap() { Clear(); }
+TIHeap::~TIHeap() { FreeElements(FHeap); }
 
 void TIHeap::CheckIndex(std::int32_t Index) const {
   if (Index < 0 || Index >= GetCount()) throw EListError(SListIndexError, {Index});
 }
 
 std::int32_t TIHeap::CheckElement(const TIHeapElement* Element) const {
-  if (!Element || !FLive.count(Element)) NotInHeap();
-  return Element->GetIndex();
+  return ElementIndex(FHeap, FPool, Element);
 }
 
 void TIHeap::CheckCompare() const {
@@ -436,12 +449,12 @@ void TIHeap::Assign(TPersistent* Source) {
     Clear();
     return;
   }
-  TClones<TIHeapElement> Copies = GuardMemory([&] { return TClones<TIHeapElement>(Other->FHeap); });
+  TClones<TIHeapElement> Copies = GuardMemory([&] { return TClones<TIHeapElement>(Other->FHeap, PoolOf(FPool)); });
   TICompareFunc Compare = Other->FCompare;
   Clear();
   FOrder = Other->FOrder;
   FCompare.swap(Compare);
-  Copies.MoveInto(FHeap, FLive);
+  Copies.MoveInto(FHeap);
 }
 
 TIntfPtr<IInterface> TIHeap::GetItem(std::int32_t Index) const { return GetElement(Index)->GetItem(); }
@@ -468,11 +481,17 @@ TIHeapElement* TIHeap::PushDown(std::int32_t Index) {
 }
 
 TIHeapElement* TIHeap::Add(const TIntfPtr<IInterface>& Item) {
-  return GuardMemory(
-      [&] { return InsertElement(FHeap, FLive, FElementClass->Create(Item), [this](std::int32_t I) { PushUp(I); }); });
+  return GuardMemory([&] {
+    std::unique_ptr<TIHeapElement> Element;
+    {
+      TElementPool::TScope Scope(PoolOf(FPool));
+      Element = FElementClass->Create(Item);
+    }
+    return InsertElement(FHeap, std::move(Element), [this](std::int32_t I) { PushUp(I); });
+  });
 }
 
-void TIHeap::Clear() { FreeElements(FHeap, FLive); }
+void TIHeap::Clear() { FreeAll(FHeap, FPool); }
 
 TIntfPtr<IInterface> TIHeap::Delete(std::int32_t Index) {
   CheckIndex(Index);
@@ -480,7 +499,6 @@ TIntfPtr<IInterface> TIHeap::Delete(std::int32_t Index) {
   if (Index != Count - 1 && Count >= 3) CheckCompare();
   TIHeapElement* Removed = TakeOut(FHeap, Index);
   TIntfPtr<IInterface> Result = Removed->GetItem();
-  FLive.erase(Removed);
   delete Removed;
   if (Index == 0) {
     if (FHeap.size() > 1) PushDown(0);

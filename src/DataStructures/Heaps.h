@@ -5,17 +5,21 @@
 
 #include <cstdint>
 #include <memory>
-#include <unordered_set>
 #include <vector>
 
 #include "DataStructures/HeapElements.h"
 
 namespace kz {
 
+namespace detail {
+class TElementPool;
+}
+
 /// The common base of the object and numeric heaps: an array of owned elements in which every
 /// parent is not after its children in the heap order and every element's Index is its
 /// position. Add, Delete(0) and ModifyPriority are O(log n); elements are freed when they
-/// leave (Delete, Clear, destruction), items never. Index arguments out of range raise
+/// leave (Delete, Clear, destruction), items never; their storage is the heap's own and is
+/// reused (returned when the heap is emptied by Clear or destroyed). Index arguments out of range raise
 /// EListError "List index out of bounds (%d)"; an element that is not in this heap (one that
 /// has left it, or another heap's) raises EInvalidOperation "Element is not in this heap".
 /// The family has a virtual constructor without arguments.
@@ -65,8 +69,10 @@ class TCustomHeap : public TPersistent {
   virtual std::int32_t ModifyPriority(THeapElement* Element) = 0;
 
  protected:
-  /// Appends Element (its Index set) and sifts it up. When the sift raises the element is
-  /// taken out and freed again before the error goes on.
+  /// A new element of the element class holding Item, in this heap's storage.
+  std::unique_ptr<THeapElement> MakeElement(TObject* Item);
+  /// Appends Element (made by MakeElement, its Index set) and sifts it up. When the sift
+  /// raises the element is taken out and freed again before the error goes on.
   THeapElement* Insert(std::unique_ptr<THeapElement> Element);
   /// Steps 1 to 4 of Delete: takes the element at Index out (freeing it), moves the last
   /// element into the gap and sifts down from the top when Index is 0. Answers the item.
@@ -84,9 +90,9 @@ class TCustomHeap : public TPersistent {
   THeapElementClass FElementClass;
 
  private:
-  // The elements that are in this heap, so that a pointer to one that has left it (and so
-  // has been freed) is refused without being read.
-  std::unordered_set<const void*> FLive;
+  // The storage of the elements, made on first use; a pointer is checked against it before
+  // it is read.
+  std::unique_ptr<detail::TElementPool> FPool;
 };
 
 /// A heap ordered by a caller's comparison of the items. Equal items never swap: a later
@@ -229,7 +235,7 @@ class TIHeap : public TPersistent {
   std::vector<TIHeapElement*> FHeap;
   TIHeapElementClass FElementClass;
   TICompareFunc FCompare;
-  std::unordered_set<const void*> FLive;
+  std::unique_ptr<detail::TElementPool> FPool;
 };
 
 }  // namespace kz

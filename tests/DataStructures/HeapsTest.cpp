@@ -203,4 +203,41 @@ TEST(Heaps, MisuseRaisesInsteadOfFailing) {
   EXPECT_THROW(THeap{static_cast<THeapElementClass>(nullptr)}, EAccessViolation);
 }
 
+// An element class larger than the default, so one heap holds elements of two sizes.
+class TWideElement : public TIntHeapElement {
+  KZ_CLASS(TWideElement, TIntHeapElement)
+ public:
+  using TIntHeapElement::TIntHeapElement;
+  char Pad[100] = {};
+};
+
+TEST(Heaps, StalePointersAreRefusedWithoutBeingRead) {
+  TVal A(1), B(2);
+  auto Gone = std::make_unique<TIntHeap>();
+  TIntHeapElement* FromGone = Gone->Add(&A, 1);
+  Gone.reset();  // its storage is freed: the check must not read it (the sanitizers watch)
+  TIntHeap N;
+  EXPECT_THROW(N.Delete(FromGone), EInvalidOperation);
+  TIntHeapElement* Cleared = N.Add(&A, 1);
+  N.Clear();  // the emptied heap returns its storage
+  EXPECT_THROW(N.ModifyPriority(Cleared, 2), EInvalidOperation);
+  std::unique_ptr<THeapElement> Loose = N.Add(&A, 1)->Clone();  // made outside any heap
+  EXPECT_THROW(N.Delete(Loose.get()), EInvalidOperation);
+
+  TIntHeap Wide(&TWideElement::ClassInfo());
+  Wide.Add(&B, 5);
+  N.Assign(&Wide);  // a TWideElement clone beside a slot of the default size
+  TIntHeapElement* Small = N.Add(&A, 9);
+  EXPECT_EQ(N.ModifyPriority(N.GetElement(0), 10), 1);
+  EXPECT_EQ(N.IndexOf(Small), 0);
+  EXPECT_EQ(N.Delete(Small), &A);
+  EXPECT_EQ(N.Add(&B, 3), Small);  // a reused slot holds a live element again and is accepted
+  EXPECT_EQ(N.IndexOf(Small), 0);
+
+  TIHeap IH;
+  TIHeapElement* I = IH.Add(nullptr);
+  IH.Clear();
+  EXPECT_THROW(IH.Delete(I), EInvalidOperation);
+}
+
 }  // namespace
