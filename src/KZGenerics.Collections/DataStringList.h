@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "KZGenerics.Collections/Messages.h"
-#include "Runtime/ListSupport.h"
+#include "Runtime/ListStorage.h"
 #include "Runtime/StringLists.h"
 #include "Runtime/Text.h"
 #include "Runtime/WithinUpdate.h"

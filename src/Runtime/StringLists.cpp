@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Runtime/internal/ListSupport.h"
+#include "Runtime/ListStorage.h"
 #include "Runtime/Text.h"
 
 namespace kz {

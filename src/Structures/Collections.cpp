@@ -3,7 +3,7 @@
 #include "Runtime/Text.h"
 #include "Runtime/UpdateCounter.h"
 #include "Runtime/WithinUpdate.h"
-#include "Runtime/internal/ListSupport.h"
+#include "Runtime/ListStorage.h"
 #include "Structures/internal/StructuresSupport.h"
 
 namespace kz {

@@ -7,6 +7,7 @@
 
 #include "ActivityNetwork/ActivityNetwork.h"
 #include "GGraph/GGraph.h"
+#include "Runtime/Text.h"
 #include "Runtime/Filer.h"
 
 namespace kztest {
