@@ -20,4 +20,5 @@
 #include "Runtime/Streams.h"
 #include "Runtime/Bits.h"
 #include "Runtime/Variants.h"
+#include "Runtime/VarRec.h"
 #include "Runtime/Filer.h"
