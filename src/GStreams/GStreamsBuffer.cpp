@@ -38,8 +38,10 @@ void TGBufferStream::Close() {
 }
 
 bool TGBufferStream::IsEof() {
+  // A block not used up answers false without asking the stream, which may be absent.
+  if (FBufferPtr != FBufferEnd) return false;
   if (!FStream) RaiseNullAccess(u"underlying stream");
-  return FBufferPtr == FBufferEnd && FStream->GetSize() == FStream->GetPosition();
+  return FStream->GetSize() == FStream->GetPosition();
 }
 
 std::int64_t TGBufferStream::GetBufferPosition() const {

@@ -13,6 +13,10 @@ using namespace Runtime;
 
 namespace {
 
+// Widths and precisions, written or taken from the arguments, stay below this: a field of a
+// hundred thousand characters is already far beyond any text a pattern is meant to make.
+constexpr int MaxFieldSize = 100000;
+
 [[noreturn]] void BadFormat(StringView Pattern) { throw EConvertError(SInvalidFormat, {Pattern}); }
 
 std::string Digits(std::uint64_t V, int Base) {
@@ -145,7 +149,9 @@ String Format(StringView Pattern, std::initializer_list<TFormatArg> Args) {
   auto ReadNumber = [&](int& Out) -> bool {
     if (i < N && Pattern[i] == u'*') {
       if (Arg == ArgEnd || Arg->Kind() != TFormatArg::fkInt) BadFormat(Pattern);
-      Out = static_cast<int>((Arg++)->AsInt());
+      const std::int64_t V = (Arg++)->AsInt();
+      if (V < 0 || V > MaxFieldSize) BadFormat(Pattern);
+      Out = static_cast<int>(V);
       ++i;
       return true;
     }
@@ -153,7 +159,7 @@ String Format(StringView Pattern, std::initializer_list<TFormatArg> Args) {
     Out = 0;
     while (i < N && Pattern[i] >= u'0' && Pattern[i] <= u'9') {
       Out = Out * 10 + (Pattern[i++] - u'0');
-      if (Out > 100000) BadFormat(Pattern);
+      if (Out > MaxFieldSize) BadFormat(Pattern);
       Any = true;
     }
     return Any;

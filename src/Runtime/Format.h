@@ -54,7 +54,9 @@ class TFormatArg {
 
 /// Formats Args into Pattern. Raises EConvertError on a bad pattern, a missing argument or an
 /// argument of the wrong kind. %d and %u take integers, %x hexadecimal (upper case),
-/// %e %f %g %n floats, %s strings and characters, %p pointers, %% a percent sign.
+/// %e %f %g %n floats, %s strings and characters, %p pointers, %% a percent sign. A width or
+/// precision, written in the pattern or taken by '*' from an integer argument, must lie in
+/// 0..100000; beyond that, or negative, it raises EConvertError.
 String Format(StringView Pattern, std::initializer_list<TFormatArg> Args);
 
 }  // namespace kz

@@ -1,5 +1,6 @@
 #include "Runtime/Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cwctype>
@@ -156,30 +157,44 @@ bool TryStrToFloat(StringView S, double& Value) {
   if (!ToAscii(S, A) || A.empty()) return false;
   std::size_t i = 0;
   if (A[i] == '+' || A[i] == '-') ++i;
+  // The decimal exponent of the first significant digit, so that an out-of-range result can
+  // be told apart: overflow when it is positive, underflow otherwise.
+  std::int64_t Magnitude = 0;
+  bool Significant = false;
   std::size_t Digits = 0;
-  while (i < A.size() && A[i] >= '0' && A[i] <= '9') ++i, ++Digits;
+  for (; i < A.size() && A[i] >= '0' && A[i] <= '9'; ++i, ++Digits) {
+    if (Significant) ++Magnitude;
+    else if (A[i] != '0') Significant = true;
+  }
   if (i < A.size() && A[i] == '.') {
     ++i;
-    while (i < A.size() && A[i] >= '0' && A[i] <= '9') ++i, ++Digits;
+    for (; i < A.size() && A[i] >= '0' && A[i] <= '9'; ++i, ++Digits) {
+      if (Significant) continue;
+      --Magnitude;
+      if (A[i] != '0') Significant = true;
+    }
   }
   if (!Digits) return false;
   if (i < A.size() && (A[i] == 'e' || A[i] == 'E')) {
     ++i;
-    if (i < A.size() && (A[i] == '+' || A[i] == '-')) ++i;
+    bool NegExp = false;
+    if (i < A.size() && (A[i] == '+' || A[i] == '-')) NegExp = A[i++] == '-';
+    std::int64_t Exp = 0;
     std::size_t ExpDigits = 0;
-    while (i < A.size() && A[i] >= '0' && A[i] <= '9') ++i, ++ExpDigits;
+    for (; i < A.size() && A[i] >= '0' && A[i] <= '9'; ++i, ++ExpDigits)
+      Exp = std::min<std::int64_t>(Exp * 10 + (A[i] - '0'), std::int64_t(1) << 40);
     if (!ExpDigits) return false;
+    Magnitude += NegExp ? -Exp : Exp;
   }
   if (i != A.size()) return false;
   // from_chars takes no leading '+'; the grammar above has already been checked.
   const char* B = A.data() + (A[0] == '+' ? 1 : 0);
   auto [Ptr, Ec] = std::from_chars(B, A.data() + A.size(), Value);
   if (Ec == std::errc::result_out_of_range) {
-    // Overflow reads as infinity, underflow as zero: the text itself was well formed.
-    const bool Neg = A[0] == '-';
-    std::size_t EPos = A.find_first_of("eE");
-    const bool Big = EPos != std::string::npos && A[EPos + 1] != '-';
-    Value = Big ? (Neg ? -HUGE_VAL : HUGE_VAL) : (Neg ? -0.0 : 0.0);
+    // Too large for a double is text we cannot represent; too small reads as a signed zero,
+    // the nearest double.
+    if (Magnitude > 0) return false;
+    Value = A[0] == '-' ? -0.0 : 0.0;
     return true;
   }
   return Ec == std::errc() && Ptr == A.data() + A.size();

@@ -24,8 +24,10 @@ std::int32_t StrToInt(StringView S);
 std::int64_t StrToInt64(StringView S);
 /// Like StrToInt but answers Default instead of raising.
 std::int32_t StrToIntDef(StringView S, std::int32_t Default);
-/// Strict decimal float: [sign] digits [. digits] [e|E [sign] digits].
-/// Raises EConvertError "'%s' is not a valid floating point value".
+/// Strict decimal float: [sign] mantissa [(e|E) [sign] digits], the mantissa being digits with
+/// an optional point anywhere ("5", "5.", ".5", "5.25") but at least one digit; no blanks.
+/// Text too small for a double reads as a signed zero. Raises EConvertError "'%s' is not a
+/// valid floating point value" on other text and on values beyond the largest double.
 double StrToFloat(StringView S);
 bool TryStrToFloat(StringView S, double& Value);
 

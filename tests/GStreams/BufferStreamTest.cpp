@@ -176,3 +176,10 @@ TEST(GTextStream, DetectsMarksOnReadAndWritesThemFirst) {
   std::filesystem::remove(std::filesystem::path(Path));
   EXPECT_THROW(TGTextStream(Path, fmOpenRead), EFOpenError);
 }
+
+TEST(GBufferStream, OverNoStreamAnswersWithoutTouchingIt) {
+  TGBufferStream B(nullptr);
+  EXPECT_FALSE(B.IsEof());  // the fresh block is not used up
+  Byte X;
+  EXPECT_THROW(B.Read(&X, 1), EAccessViolation);
+}

@@ -18,6 +18,13 @@ TEST(Format, IntegersStringsWidthPrecisionAndFlags) {
   EXPECT_EQ(Format(u"[%6s][%-4s][%.2s]", {u"ab", u"ab", u"abcdef"}), u"[    ab][ab  ][ab]");
   EXPECT_EQ(Format(u"%1:s %0:s %s", {u"x", u"y"}), u"y x y");
   EXPECT_EQ(Format(u"%*d", {4, 7}), u"   7");
+  // Widths and precisions from arguments are bounded like written ones.
+  EXPECT_EQ(Format(u"%-*.*f|", {6, 1, 2.0}), u"2.0   |");
+  for (auto Huge : {std::initializer_list<TFormatArg>{INT32_MAX, 1.0}, {-1, 1.0}, {100001, 1.0}, {int64_t(1) << 32, 1.0}})
+    EXPECT_THROW(Format(u"%*f", Huge), EConvertError);
+  EXPECT_THROW(Format(u"%.*s", {INT32_MAX, u"x"}), EConvertError);
+  EXPECT_THROW(Format(u"%100001d", {1}), EConvertError);
+  EXPECT_EQ(Format(u"%*d", {100000, 1}).size(), 100000u);
   EXPECT_EQ(Format(u"%d", {std::numeric_limits<std::int64_t>::min()}), u"-9223372036854775808");
   EXPECT_EQ(Format(u"%s", {u'Z'}), u"Z");
   int X = 0;
@@ -96,9 +103,19 @@ TEST(Text, StrictNumberParsing) {
   EXPECT_DOUBLE_EQ(StrToFloat(u"1.25"), 1.25);
   EXPECT_DOUBLE_EQ(StrToFloat(u"-.5e1"), -5.0);
   EXPECT_DOUBLE_EQ(StrToFloat(u"+3."), 3.0);
-  EXPECT_TRUE(std::isinf(StrToFloat(u"1e999")));
-  for (auto Bad : {u"", u".", u"e5", u"1e", u"1.2.3", u" 1", u"nan", u"1,5"})
+  for (auto [Text, V] : {std::pair{u"5.", 5.0}, {u".5", 0.5}, {u"-.5e3", -500.0}, {u"5.e1", 50.0}})
+    EXPECT_EQ(StrToFloat(Text), V) << StringToUtf8(Text);
+  for (auto Bad : {u"", u".", u"e5", u".e1", u"1e", u"1.2.3", u" 1", u"nan", u"1,5"})
     EXPECT_THROW(StrToFloat(Bad), EConvertError) << StringToUtf8(Bad);
+  // Too large for a double, whatever the spelling; too small is a signed zero.
+  const String Ones = u"1" + String(400, u'0');
+  const String Tens = u"1" + String(320, u'0') + u"e-10";
+  for (const String& Big : {Ones, u"-" + Ones, Tens, u"-" + Tens, String(u"1e999"), String(u"0.001e312")})
+    EXPECT_THROW(StrToFloat(Big), EConvertError) << StringToUtf8(Big);
+  EXPECT_EQ(StrToFloat(u"1" + String(300, u'0') + u"e-10"), 1e290);
+  EXPECT_TRUE(std::signbit(StrToFloat(u"-1e-400")));
+  EXPECT_EQ(StrToFloat(u"0." + String(400, u'0') + u"1e10"), 0.0);
+  EXPECT_EQ(StrToFloat(u"0e99999999999999999999"), 0.0);
 }
 
 TEST(Text, NumberTextIsShortestAndRoundTrips) {
