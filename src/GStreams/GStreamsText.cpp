@@ -108,6 +108,15 @@ Char TGTextStream::GetChar() {
         ++FBufferPtr;
         return P[0];
       }
+      // A whole well-formed sequence of two or three bytes: every shorter prefix could
+      // still be completed, so the gathering loop would stop exactly here too.
+      char32_t Cp;
+      bool Truncated;
+      const std::size_t Step = Utf8Step(P, static_cast<std::size_t>(Avail), Cp, Truncated);
+      if (!Truncated && Step >= 2 && Cp < 0x10000 && Cp != 0xFFFD) {
+        FBufferPtr += Step;
+        return static_cast<Char>(Cp);
+      }
     } else if (FEncoding == TEncoding::Default()) {
       ++FBufferPtr;
       return P[0] >= 0x80 ? FEncoding->GetString(P, 1)[0] : Char(P[0]);

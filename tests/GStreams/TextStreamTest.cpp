@@ -63,6 +63,11 @@ TEST(TextStream, CharactersUnderEachEncoding) {
   std::u16string Got;
   for (Char C; U.S.GetChar(C);) Got += C;
   EXPECT_EQ(Got, u"a\u00E9\u20AC\uFFFDz");
+  // Straight from the block or gathered byte by byte across blocks: the same characters.
+  const std::string Mixed = "a\xC3\xA9\xE2\x82\xAC\x80\xEF\xBF\xBDz\xC3";
+  TTextOver Whole(Mixed), Bytewise(Mixed, TEncoding::UTF8(), 1);
+  for (Char C; Whole.S.GetChar(C);) EXPECT_EQ(Bytewise.S.GetChar(), C);
+  EXPECT_EQ(Bytewise.S.GetChar(), 0);
   // A surrogate pair, or an unfinished sequence followed by more: the rest is skipped.
   TTextOver P("a\xF0\x9F\x98\x80" "bc");
   EXPECT_EQ(P.S.GetChar(), u'a');
