@@ -10,18 +10,9 @@
 
 using namespace kz;
 using kzfuzz::Check;
+using kzfuzz::EncodingOf;
 
 namespace {
-
-TEncoding* EncodingOf(std::uint8_t K) {
-  switch (K % 5) {
-    case 1: return TEncoding::Default();
-    case 2: return TEncoding::UTF8();
-    case 3: return TEncoding::Unicode();
-    case 4: return TEncoding::BigEndianUnicode();
-    default: return nullptr;  // detected from the bytes
-  }
-}
 
 struct TText {
   TText(const TBytes& Bytes, TEncoding* Enc, std::uint32_t Block) : M(Bytes), S(&M, Enc) { S.SetBufferSize(Block); }

@@ -325,31 +325,6 @@ TGTextStream& TGTextStream::FormatLn(StringView Pattern, std::initializer_list<T
 
 // --- TBaseStreamToken ---
 
-std::int32_t TBaseStreamToken::QueryInterface(const TGUID& IID, void** Obj) {
-  if (GetInterface(IID, Obj)) {
-    _AddRef();
-    return S_OK;
-  }
-  *Obj = nullptr;
-  return E_NOINTERFACE;
-}
-
-std::int32_t TBaseStreamToken::_AddRef() { return FRefCount.fetch_add(1, std::memory_order_relaxed) + 1; }
-
-std::int32_t TBaseStreamToken::_Release() {
-  const std::int32_t R = FRefCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
-  if (R == 0) delete this;
-  return R;
-}
-
-bool TBaseStreamToken::GetInterface(const TGUID& IID, void** Obj) {
-  if (IID == IInterface::IID) {
-    *Obj = static_cast<IInterface*>(static_cast<IBaseStreamToken*>(this));
-    return true;
-  }
-  return detail::FindInterface<TBaseStreamToken, IBaseStreamToken>(this, IID, Obj) || inherited::GetInterface(IID, Obj);
-}
-
 void TBaseStreamToken::Assign(TPersistent* Source) {
   auto* S = dynamic_cast<TBaseStreamToken*>(Source);
   if (!S) return inherited::Assign(Source);
@@ -406,11 +381,6 @@ String TBaseStreamToken::ToString() {
 namespace {
 TIntfPtr<IBaseStreamToken> AsToken(const TIntfPtr<IInterface>& P) { return Query<IBaseStreamToken>(P); }
 }  // namespace
-
-bool TBaseStreamTokenList::GetInterface(const TGUID& IID, void** Obj) {
-  return detail::FindInterface<TBaseStreamTokenList, IBaseStreamTokenList>(this, IID, Obj) ||
-         inherited::GetInterface(IID, Obj);
-}
 
 TIntfPtr<IBaseStreamToken> TBaseStreamTokenList::Get(std::int32_t Index) {
   return AsToken(TInterfaceListPersistent::Get(Index));

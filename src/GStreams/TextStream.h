@@ -157,9 +157,9 @@ class TStreamTokenTypes {
   std::uint8_t FBits = 0;
 };
 
-/// The persistent base of stream tokens; no data of its own.
-class TBaseStreamTokenPersistent : public TPersistent {
-  KZ_CLASS(TBaseStreamTokenPersistent, TPersistent)
+/// The persistent, reference-counted base of stream tokens; no data of its own.
+class TBaseStreamTokenPersistent : public TInterfacedPersistent {
+  KZ_CLASS(TBaseStreamTokenPersistent, TInterfacedPersistent)
 };
 
 /// One lexical item: kind, line, number, text, a free tag and the white space before it.
@@ -170,12 +170,8 @@ class TBaseStreamToken : public TBaseStreamTokenPersistent, public virtual IBase
  public:
   using TMeta = TMetaClassOf<TBaseStreamToken>;
   KZ_CLASS(TBaseStreamToken, TBaseStreamTokenPersistent)
+  KZ_INTERFACES(IBaseStreamToken)
  public:
-  std::int32_t QueryInterface(const TGUID& IID, void** Obj) override;
-  std::int32_t _AddRef() override;
-  std::int32_t _Release() override;
-  bool GetInterface(const TGUID& IID, void** Obj) override;
-
   std::int32_t GetDataType() override { return FDataType; }
   void SetDataType(std::int32_t Value) override { FDataType = Value; }
   std::int32_t GetLineNumber() override { return FLineNumber; }
@@ -211,16 +207,14 @@ class TBaseStreamToken : public TBaseStreamTokenPersistent, public virtual IBase
   String FText;
   std::int32_t FTag = 0;
   String FWhitespace;
-  std::atomic<std::int32_t> FRefCount{0};
 };
 
 /// A list of token references on the persistent interface list (same locking and
 /// notifications). Get, First and Last answer null for an item without the token interface.
 class TBaseStreamTokenList : public TInterfaceListPersistent, public virtual IBaseStreamTokenList {
   KZ_CLASS(TBaseStreamTokenList, TInterfaceListPersistent)
+  KZ_INTERFACES(IBaseStreamTokenList)
  public:
-  bool GetInterface(const TGUID& IID, void** Obj) override;
-
   std::int32_t GetValueCount() override { return GetCount(); }
   TIntfPtr<IBaseStreamToken> Get(std::int32_t Index) override;
   void Put(std::int32_t Index, const TIntfPtr<IBaseStreamToken>& Value) override;

@@ -25,17 +25,7 @@ class TListLock {
 const void* Identity(const TIntfPtr<IInterface>& P) { return static_cast<const void*>(P.get()); }
 }  // namespace
 
-TInterfaceListPersistent::TInterfaceListPersistent() : FList(new TInterfaceList) {}
-
-TInterfaceListPersistent::~TInterfaceListPersistent() {
-  try {
-    Clear();
-  } catch (...) {
-    // A subclass's Clear that raises cannot stop destruction; the slots go with FList.
-  }
-}
-
-std::int32_t TInterfaceListPersistent::QueryInterface(const TGUID& IID, void** Obj) {
+std::int32_t TInterfacedPersistent::QueryInterface(const TGUID& IID, void** Obj) {
   if (GetInterface(IID, Obj)) {
     _AddRef();
     return S_OK;
@@ -44,21 +34,30 @@ std::int32_t TInterfaceListPersistent::QueryInterface(const TGUID& IID, void** O
   return E_NOINTERFACE;
 }
 
-std::int32_t TInterfaceListPersistent::_AddRef() { return FRefCount.fetch_add(1, std::memory_order_relaxed) + 1; }
+std::int32_t TInterfacedPersistent::_AddRef() { return FRefCount.fetch_add(1, std::memory_order_relaxed) + 1; }
 
-std::int32_t TInterfaceListPersistent::_Release() {
+std::int32_t TInterfacedPersistent::_Release() {
   const std::int32_t R = FRefCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
   if (R == 0) delete this;
   return R;
 }
 
-bool TInterfaceListPersistent::GetInterface(const TGUID& IID, void** Obj) {
+bool TInterfacedPersistent::GetInterface(const TGUID& IID, void** Obj) {
   if (IID == IInterface::IID) {
-    *Obj = static_cast<IInterface*>(static_cast<ICloneable*>(this));
+    *Obj = static_cast<IInterface*>(this);
     return true;
   }
-  return detail::FindInterface<TInterfaceListPersistent, ICloneable>(this, IID, Obj) ||
-         TPersistent::GetInterface(IID, Obj);
+  return inherited::GetInterface(IID, Obj);
+}
+
+TInterfaceListPersistent::TInterfaceListPersistent() : FList(new TInterfaceList) {}
+
+TInterfaceListPersistent::~TInterfaceListPersistent() {
+  try {
+    Clear();
+  } catch (...) {
+    // A subclass's Clear that raises cannot stop destruction; the slots go with FList.
+  }
 }
 
 void TInterfaceListPersistent::Notify(const TIntfPtr<IInterface>&, TListNotification) {}

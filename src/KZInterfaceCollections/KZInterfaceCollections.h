@@ -28,26 +28,35 @@ using TInterfaceCompare = std::function<int(const TIntfPtr<IInterface>& A, const
 
 class TInterfaceListIterator;
 
+/// A persistent object whose lifetime is its reference count: created at count 0, it frees
+/// itself at the last release (counting is atomic). A caller that never takes an interface
+/// reference owns it and deletes it.
+class TInterfacedPersistent : public TPersistent, public virtual IInterface {
+  KZ_CLASS(TInterfacedPersistent, TPersistent)
+ public:
+  std::int32_t QueryInterface(const TGUID& IID, void** Obj) override;
+  std::int32_t _AddRef() override;
+  std::int32_t _Release() override;
+  bool GetInterface(const TGUID& IID, void** Obj) override;
+
+ private:
+  std::atomic<std::int32_t> FRefCount{0};
+};
+
 /// A persistent, reference-counted list of interface references, one counted reference per
 /// slot. Every operation runs under the list's own re-entrant lock (Lock/Unlock bracket
 /// several operations); Notify is called after the lock is dropped, and references leaving
 /// the list are released outside it, so an item's destruction may use the list. Remove
 /// notifies lnDeleted for a non-null item even when it is absent; Clear, Put and nil slots
 /// notify nothing. Bad indexes raise EListError "List index out of bounds (%d)".
-/// Created at count 0, the list frees itself at the last release; a caller that never takes
-/// an interface reference owns it and deletes it.
-class TInterfaceListPersistent : public TPersistent, public virtual ICloneable {
+class TInterfaceListPersistent : public TInterfacedPersistent, public virtual ICloneable {
  public:
   using TMeta = TMetaClassOf<TInterfaceListPersistent>;
-  KZ_CLASS(TInterfaceListPersistent, TPersistent)
+  KZ_CLASS(TInterfaceListPersistent, TInterfacedPersistent)
+  KZ_INTERFACES(ICloneable)
  public:
   TInterfaceListPersistent();
   ~TInterfaceListPersistent() override;
-
-  std::int32_t QueryInterface(const TGUID& IID, void** Obj) override;
-  std::int32_t _AddRef() override;
-  std::int32_t _Release() override;
-  bool GetInterface(const TGUID& IID, void** Obj) override;
 
   std::int32_t Add(const TIntfPtr<IInterface>& Item);
   void Insert(std::int32_t Index, const TIntfPtr<IInterface>& Item);
@@ -103,7 +112,6 @@ class TInterfaceListPersistent : public TPersistent, public virtual ICloneable {
  private:
   TIntfPtr<TInterfaceList> FList;
   std::int32_t FTag = 0;
-  std::atomic<std::int32_t> FRefCount{0};
 };
 
 /// First in, first out. Pop and Peek on an empty queue raise EListError "list is empty".
