@@ -81,8 +81,6 @@ TEST(TextStream, TokensNumbersAndPutBack) {
   EXPECT_EQ(A.S.GetToken(), u"x");
   A.S.SetDelimiters(u",");
   EXPECT_EQ(A.S.GetDelimiters(), u", ");
-  A.S.SetDelimiters(u"; ");
-  EXPECT_EQ(A.S.GetDelimiters(), u"; ");
 
   TTextOver B("a;b c");
   EXPECT_EQ(B.S.GetToken(u";", true), u"a");
@@ -95,9 +93,8 @@ TEST(TextStream, TokensNumbersAndPutBack) {
   EXPECT_EQ(N.S.GetInteger(), 42);
   EXPECT_EQ(N.S.GetChar(), u' ');
   EXPECT_EQ(N.S.GetInteger(), 17);
-  EXPECT_DOUBLE_EQ(N.S.GetFloat(), -25.0);
+  EXPECT_EQ(N.S.GetFloat(), -25.0);
   EXPECT_THROW((void)N.S.GetInteger(), EConvertError);
-  EXPECT_THROW((void)N.S.GetInteger(), EConvertError);  // empty text at the end
 
   // A put-back re-encodes; a block that has not consumed enough bytes refuses it whole.
   TTextOver C("\xE2\x82\xAC" "b");
@@ -140,12 +137,9 @@ TEST(TextStream, Writers) {
 
 TEST(StreamTokens, ToStringEqualsAssignAndList) {
   auto Make = [](TStreamTokenType T, double N, const String& Text, int Line = 1) {
-    TIntfPtr<IBaseStreamToken> R(new TBaseStreamToken);
-    R->SetDataType(T);
-    R->SetNumber(N);
-    R->SetText(Text);
-    R->SetLineNumber(Line);
-    return R;
+    auto* R = new TBaseStreamToken;
+    R->SetDataType(T), R->SetNumber(N), R->SetText(Text), R->SetLineNumber(Line);
+    return TIntfPtr<IBaseStreamToken>(R);
   };
   EXPECT_EQ(Make(sttString, 0, u"abc")->ToString(), u"\\\"abc\"\\");
   EXPECT_EQ(Make(sttInteger, -2.7, u"")->ToString(), u"-2");
@@ -174,10 +168,7 @@ TEST(StreamTokens, ToStringEqualsAssignAndList) {
   EXPECT_EQ(L2->Get(2).get(), A.get());  // shared, not copied
   EXPECT_FALSE(L->Equals(L2));
   L2->Delete(3);
-  L2->Delete(2);
-  L2->Insert(0, nullptr);
-  L->Insert(0, nullptr);
-  EXPECT_TRUE(L->Equals(L2));
-  L->Put(0, A);
-  EXPECT_FALSE(L->Equals(L2));
+  L2->Put(2, nullptr);
+  L->Add(A);
+  EXPECT_FALSE(L->Equals(L2));  // an absent item equals only an absent one
 }
