@@ -97,32 +97,55 @@ namespace {
 constexpr std::int32_t MaxCharBytes = 16;
 }  // namespace
 
+namespace {
+enum : std::uint8_t { fkOther, fkUTF8, fkAnsi, fkUTF16LE, fkUTF16BE };
+}  // namespace
+
+std::uint8_t TGTextStream::FastKind() {
+  if (FEncoding != FFastFor) {
+    FFastFor = FEncoding;
+    FFastKind = !FEncoding                               ? fkOther
+                : FEncoding == TEncoding::UTF8()             ? fkUTF8
+                : FEncoding == TEncoding::Default()          ? fkAnsi
+                : FEncoding == TEncoding::Unicode()          ? fkUTF16LE
+                : FEncoding == TEncoding::BigEndianUnicode() ? fkUTF16BE
+                                                             : fkOther;
+  }
+  return FFastKind;
+}
+
 Char TGTextStream::GetChar() {
   // Straight from the block when it holds the whole character: the same answer as the
   // gathering loop, which the standard encodings make cheap to predict.
-  if (FState == bsRead && FBufferPtr && FBufferPtr < FBufferEnd && FEncoding) {
+  if (FState == bsRead && FBufferPtr && FBufferPtr < FBufferEnd) {
     const Byte* P = FBufferPtr;
     const std::int64_t Avail = FBufferEnd - P;
-    if (FEncoding == TEncoding::UTF8()) {
-      if (P[0] < 0x80) {
+    switch (FastKind()) {
+      case fkUTF8: {
+        if (P[0] < 0x80) {
+          ++FBufferPtr;
+          return P[0];
+        }
+        // A whole well-formed sequence of two or three bytes: every shorter prefix could
+        // still be completed, so the gathering loop would stop exactly here too.
+        char32_t Cp;
+        bool Truncated;
+        const std::size_t Step = Utf8Step(P, static_cast<std::size_t>(Avail), Cp, Truncated);
+        if (!Truncated && Step >= 2 && Cp < 0x10000 && Cp != 0xFFFD) {
+          FBufferPtr += Step;
+          return static_cast<Char>(Cp);
+        }
+        break;
+      }
+      case fkAnsi:
         ++FBufferPtr;
-        return P[0];
-      }
-      // A whole well-formed sequence of two or three bytes: every shorter prefix could
-      // still be completed, so the gathering loop would stop exactly here too.
-      char32_t Cp;
-      bool Truncated;
-      const std::size_t Step = Utf8Step(P, static_cast<std::size_t>(Avail), Cp, Truncated);
-      if (!Truncated && Step >= 2 && Cp < 0x10000 && Cp != 0xFFFD) {
-        FBufferPtr += Step;
-        return static_cast<Char>(Cp);
-      }
-    } else if (FEncoding == TEncoding::Default()) {
-      ++FBufferPtr;
-      return P[0] >= 0x80 ? FEncoding->GetString(P, 1)[0] : Char(P[0]);
-    } else if (Avail >= 2 && (FEncoding == TEncoding::Unicode() || FEncoding == TEncoding::BigEndianUnicode())) {
-      FBufferPtr += 2;
-      return FEncoding == TEncoding::Unicode() ? Char(P[0] | (P[1] << 8)) : Char((P[0] << 8) | P[1]);
+        return P[0] >= 0x80 ? FEncoding->GetString(P, 1)[0] : Char(P[0]);
+      case fkUTF16LE:
+      case fkUTF16BE:
+        if (Avail < 2) break;
+        FBufferPtr += 2;
+        return FFastKind == fkUTF16LE ? Char(P[0] | (P[1] << 8)) : Char((P[0] << 8) | P[1]);
+      default: break;
     }
   }
   return GetCharSlow();
@@ -163,7 +186,23 @@ bool TGTextStream::GetChar(Char& AChar) {
 String TGTextStream::GetLine() {
   String R;
   Char C;
-  while (GetChar(C) && C != 10 && C != 13) R += C;
+  for (;;) {
+    if (FState == bsRead && FBufferPtr && (FastKind() == fkUTF8 || FFastKind == fkAnsi)) {
+      // A run of plain ASCII characters reads as the bytes themselves.
+      Byte* const First = FBufferPtr;
+      Byte* const End = FBufferEnd;
+      Byte* P = First;
+      while (P < End && *P < 0x80 && *P > 13) ++P;
+      while (P < End && *P < 0x80 && *P != 10 && *P != 13 && *P != 0) ++P;
+      const std::size_t Old = R.size();
+      R.resize(Old + static_cast<std::size_t>(P - First));
+      Char* D = R.data() + Old;
+      for (const Byte* Q = First; Q < P;) *D++ = *Q++;
+      FBufferPtr = P;
+    }
+    if (!GetChar(C) || C == 10 || C == 13) break;
+    R += C;
+  }
   if (C == 13 && GetChar(C) && C != 10) PutBack(C);
   return R;
 }

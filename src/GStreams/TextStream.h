@@ -61,7 +61,9 @@ class TGTextStream : public TGBufferStream {
   virtual Char GetChar();
   /// AChar := GetChar; answers AChar != 0.
   virtual bool GetChar(Char& AChar);
-  /// Up to CR, LF, CR LF or the end; the line end is consumed, not returned.
+  /// Up to CR, LF, CR LF or the end; the line end is consumed, not returned. Runs of ASCII
+  /// under UTF-8 and the default encoding are taken from the block directly, so a subclass
+  /// that overrides GetChar overrides GetLine too.
   virtual String GetLine();
   /// Up to (not including) the next delimiter; leading delimiters are not skipped, so at a
   /// delimiter the token is empty and the stream does not move.
@@ -125,6 +127,10 @@ class TGTextStream : public TGBufferStream {
  private:
   TGTextStream(std::unique_ptr<TStream> Owned, TEncoding* Encoding);
   Char GetCharSlow();
+  /// Which standard encoding FEncoding is (0: none of them), cached per encoding.
+  std::uint8_t FastKind();
+  const TEncoding* FFastFor = nullptr;
+  std::uint8_t FFastKind = 0;
   /// Skips everything left to read.
   void SkipToEnd();
   void WriteArg(const TVarRec& Arg);
