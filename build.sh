@@ -4,6 +4,7 @@
 #   ./build.sh test             build and run the test suite
 #   ./build.sh sanitize         build and run the test suite under ASan + UBSan
 #   ./build.sh clang            build and run the test suite with clang
+#   ./build.sh tsan             build and run the threaded tests under ThreadSanitizer
 #   ./build.sh bench            build and run the benchmarks
 #   ./build.sh fuzz             build the libFuzzer targets (clang, ASan + UBSan) and run each
 #                               for KZ_FUZZ_SECONDS (default 60) from its corpus in fuzz/corpus
@@ -83,6 +84,10 @@ case "${1:-test}" in
   clang)
     deps clang
     cmake --workflow --preset clang
+    ;;
+  tsan)
+    deps
+    cmake --workflow --preset tsan
     ;;
   bench)
     deps bench

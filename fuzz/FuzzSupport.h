@@ -38,6 +38,17 @@ class TInput {
   std::size_t FPos = 0;
 };
 
+/// One of the library's encodings chosen by K, or null (to be detected from the bytes).
+inline kz::TEncoding* EncodingOf(std::uint8_t K) {
+  switch (K % 5) {
+    case 1: return kz::TEncoding::Default();
+    case 2: return kz::TEncoding::UTF8();
+    case 3: return kz::TEncoding::Unicode();
+    case 4: return kz::TEncoding::BigEndianUnicode();
+    default: return nullptr;
+  }
+}
+
 /// A broken promise: reported as a crash with its reason.
 [[noreturn]] inline void Fail(const char* Why) {
   std::fprintf(stderr, "fuzz check failed: %s\n", Why);

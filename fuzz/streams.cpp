@@ -9,18 +9,9 @@
 
 using namespace kz;
 using kzfuzz::Check;
+using kzfuzz::EncodingOf;
 
 namespace {
-
-TEncoding* EncodingOf(std::uint8_t K) {
-  switch (K % 5) {
-    case 1: return TEncoding::Default();
-    case 2: return TEncoding::UTF8();
-    case 3: return TEncoding::Unicode();
-    case 4: return TEncoding::BigEndianUnicode();
-    default: return nullptr;  // detected from the bytes
-  }
-}
 
 void CheckDecoding(TEncoding* E, const Byte* P, std::int32_t N) {
   const String S = E->GetString(P, N);

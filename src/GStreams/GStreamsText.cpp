@@ -1,7 +1,11 @@
+#include <cmath>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "GStreams/TextStream.h"
+#include "Runtime/Text.h"
+#include "Runtime/Variants.h"
 
 namespace kz {
 
@@ -84,6 +88,394 @@ bool TGTextStream::PrepareBuffer() {
     if (!Preamble.empty()) Write(Preamble.data(), static_cast<std::int32_t>(Preamble.size()));
   }
   return R;
+}
+
+// --- reading ---
+
+namespace {
+// How far GetChar gathers bytes without the encoding completing a character.
+constexpr std::int32_t MaxCharBytes = 16;
+}  // namespace
+
+namespace {
+enum : std::uint8_t { fkOther, fkUTF8, fkAnsi, fkUTF16LE, fkUTF16BE };
+}  // namespace
+
+std::uint8_t TGTextStream::FastKind() {
+  if (FEncoding != FFastFor) {
+    FFastFor = FEncoding;
+    FFastKind = !FEncoding                               ? fkOther
+                : FEncoding == TEncoding::UTF8()             ? fkUTF8
+                : FEncoding == TEncoding::Default()          ? fkAnsi
+                : FEncoding == TEncoding::Unicode()          ? fkUTF16LE
+                : FEncoding == TEncoding::BigEndianUnicode() ? fkUTF16BE
+                                                             : fkOther;
+  }
+  return FFastKind;
+}
+
+Char TGTextStream::GetChar() {
+  // Straight from the block when it holds the whole character: the same answer as the
+  // gathering loop, which the standard encodings make cheap to predict.
+  if (FState == bsRead && FBufferPtr && FBufferPtr < FBufferEnd) {
+    const Byte* P = FBufferPtr;
+    const std::int64_t Avail = FBufferEnd - P;
+    switch (FastKind()) {
+      case fkUTF8: {
+        if (P[0] < 0x80) {
+          ++FBufferPtr;
+          return P[0];
+        }
+        // A whole well-formed sequence of two or three bytes: every shorter prefix could
+        // still be completed, so the gathering loop would stop exactly here too.
+        char32_t Cp;
+        bool Truncated;
+        const std::size_t Step = Utf8Step(P, static_cast<std::size_t>(Avail), Cp, Truncated);
+        if (!Truncated && Step >= 2 && Cp < 0x10000 && Cp != 0xFFFD) {
+          FBufferPtr += Step;
+          return static_cast<Char>(Cp);
+        }
+        break;
+      }
+      case fkAnsi:
+        ++FBufferPtr;
+        return P[0] >= 0x80 ? FEncoding->GetString(P, 1)[0] : Char(P[0]);
+      case fkUTF16LE:
+      case fkUTF16BE:
+        if (Avail < 2) break;
+        FBufferPtr += 2;
+        return FFastKind == fkUTF16LE ? Char(P[0] | (P[1] << 8)) : Char((P[0] << 8) | P[1]);
+      default: break;
+    }
+  }
+  return GetCharSlow();
+}
+
+Char TGTextStream::GetCharSlow() {
+  Byte Bytes[MaxCharBytes];
+  std::int32_t N = 0;
+  for (;;) {
+    if (Read(&Bytes[N], 1) == 0) return 0;
+    ++N;
+    // The first read may settle the encoding from the text.
+    if (!FEncoding) FEncoding = TEncoding::Default();
+    const std::int32_t Count = FEncoding->GetCharCount(Bytes, N);
+    if (Count == 1) break;
+    if (Count > 1) {
+      // More bytes only add characters: one can never be counted again.
+      SkipToEnd();
+      return 0;
+    }
+    if (N == MaxCharBytes) return u'\uFFFD';
+  }
+  const String S = FEncoding->GetString(Bytes, N);
+  return S.empty() ? Char(0) : S[0];
+}
+
+void TGTextStream::SkipToEnd() {
+  Byte Block[4096];
+  while (Read(Block, sizeof Block) > 0) {
+  }
+}
+
+bool TGTextStream::GetChar(Char& AChar) {
+  AChar = GetChar();
+  return AChar != 0;
+}
+
+String TGTextStream::GetLine() {
+  String R;
+  Char C;
+  for (;;) {
+    if (FState == bsRead && FBufferPtr && (FastKind() == fkUTF8 || FFastKind == fkAnsi)) {
+      // A run of plain ASCII characters reads as the bytes themselves.
+      Byte* const First = FBufferPtr;
+      Byte* const End = FBufferEnd;
+      Byte* P = First;
+      while (P < End && *P < 0x80 && *P > 13) ++P;
+      while (P < End && *P < 0x80 && *P != 10 && *P != 13 && *P != 0) ++P;
+      const std::size_t Old = R.size();
+      R.resize(Old + static_cast<std::size_t>(P - First));
+      Char* D = R.data() + Old;
+      for (const Byte* Q = First; Q < P;) *D++ = *Q++;
+      FBufferPtr = P;
+    }
+    if (!GetChar(C) || C == 10 || C == 13) break;
+    R += C;
+  }
+  if (C == 13 && GetChar(C) && C != 10) PutBack(C);
+  return R;
+}
+
+String TGTextStream::GetToken() {
+  String R;
+  Char C;
+  while (GetChar(C)) {
+    if (FDelimiters.find(C) != String::npos) {
+      PutBack(C);
+      break;
+    }
+    R += C;
+  }
+  return R;
+}
+
+String TGTextStream::GetToken(const String& Delimiters, bool RestoreOld) {
+  const String Old = FDelimiters;
+  SetDelimiters(Delimiters);
+  String R = GetToken();
+  if (RestoreOld) FDelimiters = Old;
+  return R;
+}
+
+void TGTextStream::SkipSpaces() {
+  Char C;
+  while (GetChar(C))
+    if (C > 32) {
+      PutBack(C);
+      return;
+    }
+}
+
+bool TGTextStream::SkipInLineSpaces() {
+  Char C;
+  while (GetChar(C)) {
+    if (C > 32) {
+      PutBack(C);
+      return false;
+    }
+    if (C == 13) {
+      if (GetChar(C) && C != 10) PutBack(C);
+      return true;
+    }
+    if (C == 10) return true;
+  }
+  return false;
+}
+
+std::int32_t TGTextStream::GetInteger() {
+  SkipSpaces();
+  return StrToInt(GetToken());
+}
+
+double TGTextStream::GetFloat() {
+  SkipSpaces();
+  return StrToFloat(GetToken());
+}
+
+void TGTextStream::PutBack(Char Value) {
+  if (!FEncoding) return inherited::PutBack(Value);
+  const TBytes Bytes = FEncoding->GetBytes(StringView(&Value, 1));
+  // Checked first so that a refused put-back leaves the block as it was.
+  if (!FBufferPtr || FBufferPtr - FBuffer.get() < static_cast<std::ptrdiff_t>(Bytes.size()))
+    throw EStreamError(SPushBackOverflow);
+  for (auto It = Bytes.rbegin(); It != Bytes.rend(); ++It) inherited::PutBack(*It);
+}
+
+// --- writing ---
+
+TGTextStream& TGTextStream::Put(StringView S) {
+  if (!FEncoding) FEncoding = TEncoding::Default();
+  const TBytes Bytes = FEncoding->GetBytes(S);
+  const auto N = static_cast<std::int32_t>(Bytes.size());
+  if (N > 0 && Write(Bytes.data(), N) != N) throw EWriteError(SWriteError);
+  return *this;
+}
+
+TGTextStream& TGTextStream::Put(char C) {
+  const Byte B = static_cast<Byte>(C);
+  return Put(TEncoding::Default()->GetString(&B, 1));
+}
+
+TGTextStream& TGTextStream::Put(Char C) { return Put(StringView(&C, 1)); }
+TGTextStream& TGTextStream::Put(std::int32_t Value) { return Put(IntToStr(Value)); }
+TGTextStream& TGTextStream::Put(double Value) { return Put(FloatToStr(Value)); }
+TGTextStream& TGTextStream::PutSpace() { return Put(u' '); }
+TGTextStream& TGTextStream::PutTab() { return Put(u'\t'); }
+TGTextStream& TGTextStream::PutEOL() { return Put(StringView(u"\r\n")); }
+TGTextStream& TGTextStream::PutLine(StringView S) { return Put(S).PutEOL(); }
+
+void TGTextStream::WriteArg(const TVarRec& Arg) {
+  switch (Arg.VType()) {
+    case vtInteger: Put(Arg.VInteger()); break;
+    case vtBoolean: Put(StringView(Arg.VBoolean() ? u"True" : u"False")); break;
+    case vtChar: Put(Arg.VChar()); break;
+    case vtFloat: {
+      // The record's reference, not the value, as the writer always has done.
+      const auto Ref = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&Arg));
+      Put(IntToStr(static_cast<std::int32_t>(Ref)));
+      break;
+    }
+    case vtString: {
+      const std::string_view T = Arg.NarrowText();
+      Put(TEncoding::Default()->GetString(reinterpret_cast<const Byte*>(T.data()), static_cast<std::int32_t>(T.size())));
+      break;
+    }
+    case vtPointer: Put(kz::Format(u"%p", {static_cast<const void*>(Arg.VPointer())})); break;
+    case vtPChar: Put(static_cast<Char>(reinterpret_cast<std::uintptr_t>(Arg.VPChar()) & 0xFFFF)); break;
+    case vtObject: {
+      TObject* O = Arg.VObject();
+      if (!O) RaiseNullAccess(u"object argument");
+      Put(u'(').Put(O->ClassName()).Put(u')');
+      break;
+    }
+    case vtClass:
+      if (!Arg.VClass()) RaiseNullAccess(u"class argument");
+      Put(Arg.VClass()->ClassName());
+      break;
+    case vtWideChar: Put(Arg.VWideChar()); break;
+    case vtAnsiString: {
+      // The bytes taken as UTF-16 code units, low byte first, only as far as the string goes.
+      const std::string_view T = Arg.NarrowText();
+      String W(T.size() / 2, u'\0');
+      for (std::size_t i = 0; i < W.size(); ++i)
+        W[i] = static_cast<Char>(static_cast<unsigned char>(T[2 * i]) | (static_cast<unsigned char>(T[2 * i + 1]) << 8));
+      Put(W);
+      break;
+    }
+    case vtCurrency: Put(static_cast<double>(Arg.VCurrency()) / 10000.0); break;
+    case vtVariant: Put(Arg.VVariant().AsString()); break;
+    case vtWideString:
+    case vtUnicodeString: Put(Arg.WideText()); break;
+    case vtInt64: Put(IntToStr(Arg.VInt64())); break;
+    case vtPWideChar:
+    case vtInterface: break;
+  }
+}
+
+TGTextStream& TGTextStream::WriteArgs(std::initializer_list<TVarRec> Args) {
+  std::size_t i = 0;
+  for (const TVarRec& Arg : Args) {
+    WriteArg(Arg);
+    if (++i < Args.size() && Arg.VType() != vtChar) PutSpace();
+  }
+  return *this;
+}
+
+TGTextStream& TGTextStream::WriteLn(std::initializer_list<TVarRec> Args) { return WriteArgs(Args).PutEOL(); }
+
+TGTextStream& TGTextStream::Format(StringView Pattern, std::initializer_list<TFormatArg> Args) {
+  return Put(kz::Format(Pattern, Args));
+}
+
+TGTextStream& TGTextStream::FormatLn(StringView Pattern, std::initializer_list<TFormatArg> Args) {
+  return Format(Pattern, Args).PutEOL();
+}
+
+// --- TBaseStreamToken ---
+
+void TBaseStreamToken::Assign(TPersistent* Source) {
+  auto* S = dynamic_cast<TBaseStreamToken*>(Source);
+  if (!S) return inherited::Assign(Source);
+  FDataType = S->FDataType;
+  FLineNumber = S->FLineNumber;
+  FNumber = S->FNumber;
+  FText = S->FText;
+  FTag = S->FTag;
+}
+
+void TBaseStreamToken::Assign(const TIntfPtr<IInterface>& Source) {
+  const TIntfPtr<IBaseStreamToken> S = Query<IBaseStreamToken>(Source);
+  if (!S) return;
+  FDataType = S->GetDataType();
+  FLineNumber = S->GetLineNumber();
+  FNumber = S->GetNumber();
+  FText = S->GetText();
+  FTag = S->GetTag();
+}
+
+TIntfPtr<ICloneable> TBaseStreamToken::Clone() {
+  std::unique_ptr<TBaseStreamToken> R = static_cast<const TMeta*>(ClassType())->Create();
+  R->Assign(this);
+  return TIntfPtr<ICloneable>(R.release());
+}
+
+bool TBaseStreamToken::Equals(const TIntfPtr<IInterface>& Value) {
+  const TIntfPtr<IBaseStreamToken> T = Query<IBaseStreamToken>(Value);
+  return T && T->GetDataType() == FDataType && T->GetLineNumber() == FLineNumber && T->GetNumber() == FNumber;
+}
+
+bool TBaseStreamToken::Equals(TPersistent* Value) {
+  void* Obj = nullptr;
+  if (!Value || !Value->GetInterface(IBaseStreamToken::IID, &Obj)) return false;
+  return Equals(TIntfPtr<IInterface>(static_cast<IBaseStreamToken*>(Obj)));
+}
+
+String TBaseStreamToken::ToString() {
+  switch (FDataType) {
+    case sttString: return u"\\\"" + FText + u"\"\\";
+    case sttInteger: {
+      // Truncated toward zero; beyond 64 bits (or NaN) the text of the double itself.
+      const double T = std::trunc(FNumber);
+      return std::fabs(T) < 9.2e18 ? IntToStr(static_cast<std::int64_t>(T)) : FloatToStr(T);
+    }
+    case sttFloat: return kz::Format(u"%.4f", {FNumber});
+    case sttVariable: return u"?" + FText;
+    default: return FText.empty() ? String(1, static_cast<Char>(FDataType)) : FText;
+  }
+}
+
+// --- TBaseStreamTokenList ---
+
+namespace {
+TIntfPtr<IBaseStreamToken> AsToken(const TIntfPtr<IInterface>& P) { return Query<IBaseStreamToken>(P); }
+}  // namespace
+
+TIntfPtr<IBaseStreamToken> TBaseStreamTokenList::Get(std::int32_t Index) {
+  return AsToken(TInterfaceListPersistent::Get(Index));
+}
+void TBaseStreamTokenList::Put(std::int32_t Index, const TIntfPtr<IBaseStreamToken>& Value) {
+  TInterfaceListPersistent::Put(Index, Value);
+}
+std::int32_t TBaseStreamTokenList::Add(const TIntfPtr<IBaseStreamToken>& Value) {
+  return TInterfaceListPersistent::Add(Value);
+}
+TIntfPtr<IBaseStreamToken> TBaseStreamTokenList::First() { return AsToken(TInterfaceListPersistent::First()); }
+TIntfPtr<IBaseStreamToken> TBaseStreamTokenList::Last() { return AsToken(TInterfaceListPersistent::Last()); }
+std::int32_t TBaseStreamTokenList::IndexOf(const TIntfPtr<IBaseStreamToken>& Value) {
+  return TInterfaceListPersistent::IndexOf(Value);
+}
+void TBaseStreamTokenList::Insert(std::int32_t Index, const TIntfPtr<IBaseStreamToken>& Value) {
+  TInterfaceListPersistent::Insert(Index, Value);
+}
+std::int32_t TBaseStreamTokenList::Remove(const TIntfPtr<IBaseStreamToken>& Value) {
+  return TInterfaceListPersistent::Remove(Value);
+}
+
+void TBaseStreamTokenList::Append(const TIntfPtr<IBaseStreamTokenList>& List) {
+  if (!List) return;
+  // A list appended to itself adds its items once.
+  for (std::int32_t i = 0, N = List->GetValueCount(); i < N; ++i) Add(List->Get(i));
+}
+
+String TBaseStreamTokenList::ToString() {
+  String R;
+  for (std::int32_t i = 0, N = GetCount(); i < N; ++i) {
+    const TIntfPtr<IBaseStreamToken> T = Get(i);
+    if (T) R += T->ToString();
+    R += u' ';
+  }
+  return R;
+}
+
+bool TBaseStreamTokenList::Equals(const TIntfPtr<IInterface>& Value) {
+  const TIntfPtr<IBaseStreamTokenList> L = Query<IBaseStreamTokenList>(Value);
+  if (!L || L->GetValueCount() != GetCount()) return false;
+  for (std::int32_t i = 0, N = GetCount(); i < N; ++i) {
+    const TIntfPtr<IBaseStreamToken> A = Get(i), B = L->Get(i);
+    if (!A || !B) {
+      if (A || B) return false;
+    } else if (!A->Equals(B)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool TBaseStreamTokenList::Equals(TPersistent* Value) {
+  void* Obj = nullptr;
+  if (!Value || !Value->GetInterface(IBaseStreamTokenList::IID, &Obj)) return false;
+  return Equals(TIntfPtr<IInterface>(static_cast<IBaseStreamTokenList*>(Obj)));
 }
 
 }  // namespace kz

@@ -18,6 +18,9 @@ KZ_RESOURCESTRING(SInvalidEncodingEOF, u"Invalid stream encoding determination, 
 KZ_RESOURCESTRING(SInvalidSeekEOF, u"Invalid seek command, EOF reached")
 KZ_RESOURCESTRING(SNoWriterDefined, u"No TWriter defined for filer")
 KZ_RESOURCESTRING(SNoReaderDefined, u"No TReader defined for filer")
+/// Declared for the tokenizers clients build on the stream tokens; nothing here raises them.
+KZ_RESOURCESTRING(SInvalidStringValue, u"Invalid string value, string was not terminated")
+KZ_RESOURCESTRING(SInvalidTokenHint, u"Invalid Token hint for parsing token: %s")
 /// One level of indentation for text the unit's clients write.
 inline constexpr StringView IndentString = u"  ";
 }  // namespace GStreams

@@ -10,7 +10,7 @@ using namespace Runtime;
 namespace {
 
 // Package order. None of the units builds global state at start-up.
-constexpr std::array<TPackageUnit, 20> GUnits{{
+constexpr std::array<TPackageUnit, 21> GUnits{{
     {"Runtime", nullptr, nullptr},
     {"KZConstants", nullptr, nullptr},
     {"KZMessages", nullptr, nullptr},
@@ -28,8 +28,11 @@ constexpr std::array<TPackageUnit, 20> GUnits{{
     {"GParser", nullptr, nullptr},
     {"GRegularExpression", nullptr, nullptr},
     {"GValue", nullptr, nullptr},
+    {"HelperFunctions", nullptr, nullptr},
     {"KZVector", nullptr, nullptr},
     {"KZEncodedBits", nullptr, nullptr},
+    {"InterfaceCollections", nullptr, nullptr},
+    {"KZInterfaceCollections", nullptr, nullptr},
     {"KZGenerics.Collections", nullptr, nullptr},
 }};
 

@@ -22,8 +22,11 @@
 #include "GParser/GParser.h"
 #include "GRegularExpression/GRegularExpression.h"
 #include "GValue/GValue.h"
+#include "HelperFunctions/HelperFunctions.h"
 #include "KZVector/KZVector.h"
 #include "KZEncodedBits/KZEncodedBits.h"
+#include "InterfaceCollections/InterfaceCollections.h"
+#include "KZInterfaceCollections/KZInterfaceCollections.h"
 #include "KZGenerics.Collections/KZGenerics.Collections.h"
 
 namespace kz {
