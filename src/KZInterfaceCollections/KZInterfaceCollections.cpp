@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "Runtime/ListSupport.h"
+#include "Runtime/ListStorage.h"
 
 namespace kz {
 

@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "CommonInterfaces/CommonInterfaces.h"
+#include "Runtime/Enumerable.h"
 #include "Runtime/Errors.h"
 #include "Runtime/Interfaces.h"
 #include "Runtime/Lists.h"

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "InterfaceCollections/InterfaceCollections.h"
+#include "Runtime/StringLists.h"
 #include "KZInterfaceCollections/Items.h"
 
 using namespace kz;
