@@ -9,10 +9,11 @@
 #include <map>
 #include <random>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "KZGenerics.Collections/KZGenerics.Collections.h"
+
+#include "BenchKeys.h"
 
 using namespace kz;
 
@@ -24,11 +25,7 @@ struct TKeySet {
 };
 
 std::int32_t MakeKey(std::mt19937& Rng, std::int32_t*) { return static_cast<std::int32_t>(Rng()); }
-String MakeKey(std::mt19937& Rng, String*) {
-  String S = u"key:";
-  for (int I = 0; I < 8; ++I) S += static_cast<Char>(u'0' + Rng() % 75);
-  return S;
-}
+String MakeKey(std::mt19937& Rng, String*) { return kzbench::MakeStringKey(Rng); }
 
 // Present keys and as many absent ones, each shuffled, built once per size.
 template <class TKey>
@@ -37,14 +34,8 @@ const TKeySet<TKey>& Keys(std::size_t N) {
   auto [It, New] = Cache.try_emplace(N);
   if (New) {
     std::mt19937 Rng(static_cast<unsigned>(N));
-    std::unordered_set<TKey> Seen;
-    std::vector<TKey> All;
-    while (All.size() < 2 * N) {
-      TKey K = MakeKey(Rng, static_cast<TKey*>(nullptr));
-      if (Seen.insert(K).second) All.push_back(std::move(K));
-    }
-    It->second.Present.assign(All.begin(), All.begin() + static_cast<std::ptrdiff_t>(N));
-    It->second.Absent.assign(All.begin() + static_cast<std::ptrdiff_t>(N), All.end());
+    kzbench::DistinctKeys(N, Rng, [](std::mt19937& R) { return MakeKey(R, static_cast<TKey*>(nullptr)); },
+                          It->second.Present, It->second.Absent);
     std::shuffle(It->second.Absent.begin(), It->second.Absent.end(), Rng);
   }
   return It->second;
