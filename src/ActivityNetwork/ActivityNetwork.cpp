@@ -129,8 +129,9 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   if (!A.Take(*this, true, false, IsEvent, IsTask)) return false;
 
   const std::size_t N = A.Nodes.size();
-  ++FUpdateNodesCount;  // BeginUpdateNodes
-  for (TGGraphNode* Node : A.Nodes) Node->BeginUpdate();
+  // BeginUpdateNodes: the events' brackets open and close below with nothing in between
+  // that would call Change.
+  ++FUpdateNodesCount;
   FAcyclic = false;  // TopologicalOrder with the forward pass of ModifySuccessor
   FNeedAcyclicCheck = false;
   auto& List = static_cast<TStringList&>(Path);
@@ -169,15 +170,19 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   }
   constexpr std::size_t Ahead = 8;
   for (std::size_t i = 0; i < N; ++i) {
-    if (i + Ahead < N) __builtin_prefetch(&static_cast<TAOEEvent*>(A.Nodes[i + Ahead])->FEarliestEventTime);
+    if (i + Ahead < N) {
+      __builtin_prefetch(A.Nodes[i + Ahead]);
+      __builtin_prefetch(&static_cast<TAOEEvent*>(A.Nodes[i + Ahead])->FEarliestEventTime);
+    }
     auto* Event = static_cast<TAOEEvent*>(A.Nodes[i]);
     Event->SetWorkTag(Tag[i]);
     Event->FEarliestEventTime = Early[i];
     if (Acyclic) Event->FLatestEventTime = Late[i];
+    Event->BeginUpdate();
+    Event->EndUpdate();
   }
   if (!Acyclic) {
     detail::AddCaptions(List, A.Nodes, Order);
-    EndUpdateNodes();
     throw EGraphException(SNotAcyclic);
   }
   // Task times, and the critical tasks in network order, in one pass over the tasks.
@@ -193,7 +198,6 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
       if (Critical && Task->GetCriticality() == 0) CriticalTasks.push_back(Task);
     }
   }
-  for (TGGraphNode* Node : A.Nodes) Node->EndUpdate();  // EndUpdateNodes
   for (TAOETask* Task : CriticalTasks) Path.AddObject(Task->GetName(), Task);
 
   // The stretch: from StartEvent on, without what FinishEvent reaches after it.

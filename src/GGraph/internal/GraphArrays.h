@@ -44,7 +44,12 @@ struct TGraphArrays {
     // Each step is short next to a miss: ask for the objects well ahead.
     constexpr std::size_t Ahead = 16;
     for (std::size_t i = 0; i < N; ++i) {
-      if (i + Ahead < N) __builtin_prefetch(Nodes[i + Ahead]);
+      if (i + Ahead < N) {  // a node spans a few lines; the checks may read any of them
+        const char* Next = reinterpret_cast<const char*>(Nodes[i + Ahead]);
+        __builtin_prefetch(Next);
+        __builtin_prefetch(Next + 64);
+        __builtin_prefetch(Next + 128);
+      }
       if (i + Ahead / 2 < N) {
         const TGGraphEdges& Next = *Nodes[i + Ahead / 2]->GetEdges();
         if (Next.GetCount() > 0) __builtin_prefetch(&*Next.begin());
