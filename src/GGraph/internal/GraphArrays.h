@@ -47,8 +47,8 @@ struct TGraphArrays {
       if (i + Ahead < N) {  // a node spans a few lines; the checks may read any of them
         const char* Next = reinterpret_cast<const char*>(Nodes[i + Ahead]);
         __builtin_prefetch(Next);
-        __builtin_prefetch(Next + 64);
-        __builtin_prefetch(Next + 128);
+        if constexpr (sizeof(TGGraphNode) > 64) __builtin_prefetch(Next + 64);
+        if constexpr (sizeof(TGGraphNode) > 128) __builtin_prefetch(Next + 128);
       }
       if (i + Ahead / 2 < N) {
         const TGGraphEdges& Next = *Nodes[i + Ahead / 2]->GetEdges();
