@@ -119,6 +119,7 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   if (typeid(*this) != typeid(TActivityNetwork) || !FDirected || GetOnNodeChange()) return false;
   if (!detail::UnwatchedStringList(Path)) return false;
   detail::TGraphArrays A;
+  A.WholeNodes = true;
   std::vector<std::int32_t> Weight;
   auto IsEvent = [](TGGraphNode* Node) { return Node->ClassType() == &TAOEEvent::ClassInfo() && !Node->GetOnChange(); };
   auto IsTask = [&](TGGraphEdge* Edge, std::size_t) {
@@ -137,23 +138,11 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   auto& List = static_cast<TStringList&>(Path);
   List.SetSorted(false);
   if (List.GetCount() > 0) List.Clear();
-  std::vector<std::int32_t> Tag(A.InDegree), Early(N, 0), Late(N), Stack, Order;
-  Order.reserve(N);
-  for (std::size_t i = 0; i < N; ++i)
-    if (Tag[i] == 0) Stack.push_back(static_cast<std::int32_t>(i));
-  while (Order.size() < N && !Stack.empty()) {
-    const auto V = static_cast<std::size_t>(Stack.back());
-    Stack.pop_back();
-    Order.push_back(static_cast<std::int32_t>(V));
-    const auto End = static_cast<std::size_t>(A.First[V + 1]);
-    for (auto e = static_cast<std::size_t>(A.First[V]); e < End; ++e) {
-      const auto W = static_cast<std::size_t>(A.To[e]);
-      Tag[W] = WrapSub(Tag[W], 1);
-      const std::int32_t T = WrapAdd(Early[V], Weight[e]);
-      if (T > Early[W]) Early[W] = T;
-      if (Tag[W] == 0) Stack.push_back(static_cast<std::int32_t>(W));
-    }
-  }
+  std::vector<std::int32_t> Tag(A.InDegree), Early(N, 0), Late(N);
+  std::vector<std::int32_t> Order = detail::StackOrder(A, Tag, [&](std::size_t V, std::size_t e, std::size_t W) {
+    const std::int32_t T = WrapAdd(Early[V], Weight[e]);
+    if (T > Early[W]) Early[W] = T;
+  });
   const bool Acyclic = Order.size() == N;
   FAcyclic = Acyclic;
   // The backward pass (as in the general one); a task's latest start lands in Weight.
@@ -191,7 +180,8 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   for (std::size_t i = 0, e = 0; i < N; ++i) {
     const auto End = static_cast<std::size_t>(A.First[i + 1]);
     for (; e < End; ++e) {
-      if (e + 2 * Ahead < M) __builtin_prefetch(&static_cast<TAOETask*>(A.Edges[e + 2 * Ahead])->FEarliestStartTime);
+      if (e + 2 * Ahead < M)
+        __builtin_prefetch(&static_cast<TAOETask*>(A.Edges[e + 2 * Ahead])->FEarliestStartTime);
       auto* Task = static_cast<TAOETask*>(A.Edges[e]);
       Task->FEarliestStartTime = Early[i];
       Task->FLatestStartTime = Weight[e];
@@ -216,7 +206,8 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
     Order.resize(Kept);
   }
   PathTime = Order.empty() ? MaxGraphWeight
-                           : WrapSub(Early[static_cast<std::size_t>(Order.back())], Early[static_cast<std::size_t>(Order.front())]);
+                           : WrapSub(Early[static_cast<std::size_t>(Order.back())],
+                                     Early[static_cast<std::size_t>(Order.front())]);
   if (!Critical) detail::AddCaptions(List, A.Nodes, Order);
   return true;
 }

@@ -152,30 +152,19 @@ bool TGCustomGraph::DirectTopologicalOrder(TStrings& OrderedNodes) {
   if (typeid(*this) != typeid(TGGraph) && typeid(*this) != typeid(TGLabelGraph)) return false;
   if (!detail::UnwatchedStringList(OrderedNodes)) return false;
   detail::TGraphArrays A;
-  if (!A.Take(*this, typeid(*this) == typeid(TGGraph), false, [](TGGraphNode*) { return true; }, [](TGGraphEdge*, std::size_t) { return true; }))
-    return false;
+  auto Any = [](auto&&...) { return true; };
+  if (!A.Take(*this, typeid(*this) == typeid(TGGraph), false, Any, Any)) return false;
   const std::size_t N = A.Nodes.size();
-  std::vector<std::int32_t> Tag(N), Stack, Order;
-  Order.reserve(N);
-  for (std::size_t i = 0; i < N; ++i) {
-    Tag[i] = A.InDegree[i];
-    if (Tag[i] == 0) Stack.push_back(static_cast<std::int32_t>(i));
+  std::vector<std::int32_t> Tag(A.InDegree);
+  const std::vector<std::int32_t> Order = detail::StackOrder(A, Tag, [](std::size_t, std::size_t, std::size_t) {});
+  auto& List = static_cast<TStringList&>(OrderedNodes);
+  if (Order.size() == N) {  // every node is listed: its tag is written as it is
+    detail::AddCaptions(List, A.Nodes, Order, &Tag);
+    FAcyclic = true;
+  } else {
+    for (std::size_t i = 0; i < N; ++i) A.Nodes[i]->SetWorkTag(Tag[i]);
+    detail::AddCaptions(List, A.Nodes, Order);
   }
-  // The stack discipline of the general loop: last ready first, successors in edge order.
-  while (Order.size() < N && !Stack.empty()) {
-    const auto V = static_cast<std::size_t>(Stack.back());
-    Stack.pop_back();
-    Order.push_back(static_cast<std::int32_t>(V));
-    const auto End = static_cast<std::size_t>(A.First[V + 1]);
-    for (auto e = static_cast<std::size_t>(A.First[V]); e < End; ++e) {
-      const auto W = static_cast<std::size_t>(A.To[e]);
-      Tag[W] = WrapSub(Tag[W], 1);
-      if (Tag[W] == 0) Stack.push_back(static_cast<std::int32_t>(W));
-    }
-  }
-  for (std::size_t i = 0; i < N; ++i) A.Nodes[i]->SetWorkTag(Tag[i]);
-  detail::AddCaptions(static_cast<TStringList&>(OrderedNodes), A.Nodes, Order);
-  if (Order.size() == N) FAcyclic = true;
   return true;
 }
 
@@ -284,6 +273,7 @@ bool TGCustomGraph::DirectShortestPath(TGGraphNode* StartNode) {
   // final weights and marks can be told, and they are written once at the end.
   if (FEnumeratingPaths || (typeid(*this) != typeid(TGGraph) && typeid(*this) != typeid(TGLabelGraph))) return false;
   detail::TGraphArrays A;
+  A.WholeNodes = true;
   std::vector<TGraphWeight> EdgeWeight;
   auto IsWeighted = [](TGGraphNode* Node) {
     return Node->ClassType() == &TWeightedNode::ClassInfo() && !Node->GetOnChange();

@@ -137,7 +137,8 @@ class TGeneralNetwork : public TActivityNetwork {
 std::vector<String> State(TActivityNetwork& N, const TStringList& Path, std::int32_t PathTime) {
   std::vector<String> S = Lines(Path);
   S.push_back(IntToStr(PathTime));
-  S.push_back(IntToStr(N.GetUpdateNodesCount()) + (N.GetAcyclic() ? u"a" : u"c") + (N.GetNeedAcyclicCheck() ? u"n" : u""));
+  S.push_back(IntToStr(N.GetUpdateNodesCount()) + (N.GetAcyclic() ? u"a" : u"c") +
+              (N.GetNeedAcyclicCheck() ? u"n" : u""));
   for (std::int32_t i = 0; i < N.GetNodeCount(); ++i) {
     TAOEEvent* E = N.GetNode(i);
     S.push_back(IntToStr(E->GetEarliestEventTime()) + u"/" + IntToStr(E->GetLatestEventTime()) + u"/" +

@@ -26,6 +26,7 @@ struct TGraphArrays {
   std::vector<std::int32_t> From;   // position of each edge's FromNode (when asked for)
   std::vector<std::int32_t> Tags;   // each node's WorkTag as it was before Take
   std::vector<std::int32_t> InDegree;
+  bool WholeNodes = false;  // NodeOk reads past a node's first lines: fetch them too
 
   // Numbers every node through its WorkTag (the run must set each one before it returns,
   // or call Restore). False, with the tags restored, when NodeOk(node) or EdgeOk(edge,
@@ -44,11 +45,12 @@ struct TGraphArrays {
     // Each step is short next to a miss: ask for the objects well ahead.
     constexpr std::size_t Ahead = 16;
     for (std::size_t i = 0; i < N; ++i) {
-      if (i + Ahead < N) {  // a node spans a few lines; the checks may read any of them
+      if (i + Ahead < N) {
         const char* Next = reinterpret_cast<const char*>(Nodes[i + Ahead]);
         __builtin_prefetch(Next);
         if constexpr (sizeof(TGGraphNode) > 64) __builtin_prefetch(Next + 64);
-        if constexpr (sizeof(TGGraphNode) > 128) __builtin_prefetch(Next + 128);
+        if constexpr (sizeof(TGGraphNode) > 128)
+          if (WholeNodes) __builtin_prefetch(Next + 128);
       }
       if (i + Ahead / 2 < N) {
         const TGGraphEdges& Next = *Nodes[i + Ahead / 2]->GetEdges();
@@ -115,6 +117,32 @@ struct TGraphArrays {
   }
 };
 
+// TopologicalOrder's loop over the arrays: nodes whose tag is 0 are ready (first in position
+// order), the last ready is taken first, each of its edges counts its target's tag down, then
+// OnEdge(node, edge, target), and a target whose tag is now 0 becomes ready. Answers the nodes
+// in the order taken, at most all of them.
+template <class TOnEdge>
+std::vector<std::int32_t> StackOrder(const TGraphArrays& A, std::vector<std::int32_t>& Tag, TOnEdge&& OnEdge) {
+  const std::size_t N = A.Nodes.size();
+  std::vector<std::int32_t> Stack, Order;
+  Order.reserve(N);
+  for (std::size_t i = 0; i < N; ++i)
+    if (Tag[i] == 0) Stack.push_back(static_cast<std::int32_t>(i));
+  while (Order.size() < N && !Stack.empty()) {
+    const auto V = static_cast<std::size_t>(Stack.back());
+    Stack.pop_back();
+    Order.push_back(static_cast<std::int32_t>(V));
+    const auto End = static_cast<std::size_t>(A.First[V + 1]);
+    for (auto e = static_cast<std::size_t>(A.First[V]); e < End; ++e) {
+      const auto W = static_cast<std::size_t>(A.To[e]);
+      Tag[W] = WrapSub(Tag[W], 1);
+      OnEdge(V, e, W);
+      if (Tag[W] == 0) Stack.push_back(static_cast<std::int32_t>(W));
+    }
+  }
+  return Order;
+}
+
 // True when List is a plain string list that nobody watches: lines put into it in another
 // order of events than one by one cannot be told apart.
 inline bool UnwatchedStringList(const TStrings& List) {
@@ -124,8 +152,10 @@ inline bool UnwatchedStringList(const TStrings& List) {
 }
 
 // Adds (caption, node) lines for Nodes[Order[k]] to a plain string list, fetching the nodes
-// and captions ahead. The list grows once, to the capacity its own steps would have reached.
-inline void AddCaptions(TStringList& List, const std::vector<TGGraphNode*>& Nodes, const std::vector<std::int32_t>& Order) {
+// and captions ahead; with Tags, also sets each listed node's WorkTag from it (saving a pass
+// over the nodes). The list grows once, to the capacity its own steps would have reached.
+inline void AddCaptions(TStringList& List, const std::vector<TGGraphNode*>& Nodes,
+                        const std::vector<std::int32_t>& Order, const std::vector<std::int32_t>* Tags = nullptr) {
   constexpr std::size_t Ahead = 16;
   const std::size_t N = Order.size();
   const std::int64_t Needed = static_cast<std::int64_t>(List.GetCount()) + static_cast<std::int64_t>(N);
@@ -136,7 +166,9 @@ inline void AddCaptions(TStringList& List, const std::vector<TGGraphNode*>& Node
     if (k + 4 * Ahead < N) __builtin_prefetch(&Nodes[static_cast<std::size_t>(Order[k + 4 * Ahead])]);
     if (k + 2 * Ahead < N) __builtin_prefetch(Nodes[static_cast<std::size_t>(Order[k + 2 * Ahead])]);
     if (k + Ahead < N) __builtin_prefetch(Nodes[static_cast<std::size_t>(Order[k + Ahead])]->GetCaption().data());
-    TGGraphNode* Node = Nodes[static_cast<std::size_t>(Order[k])];
+    const auto V = static_cast<std::size_t>(Order[k]);
+    TGGraphNode* Node = Nodes[V];
+    if (Tags) Node->SetWorkTag((*Tags)[V]);
     List.AddObject(Node->GetCaption(), Node);
   }
 }
