@@ -1,9 +1,11 @@
 #include "ActivityNetwork/ActivityNetwork.h"
 
+#include <typeinfo>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
+#include "GGraph/internal/GraphArrays.h"
 #include "GGraph/internal/NodeWalk.h"
 #include "Runtime/Filer.h"
 
@@ -34,6 +36,21 @@ void KeepLines(TStrings& List, TKeep&& Keep) {
     List.Clear();
     for (auto& [S, O] : Kept) List.AddObject(std::move(S), O);
   });
+}
+
+// Every event reachable from Finish by its tasks (Finish itself only over a cycle).
+std::unordered_set<const TGGraphNode*> ReachedFrom(const TGGraphNode* Finish) {
+  std::unordered_set<const TGGraphNode*> Reached;
+  std::vector<const TGGraphNode*> Stack{Finish};
+  while (!Stack.empty()) {
+    const TGGraphNode* Event = Stack.back();
+    Stack.pop_back();
+    for (std::int32_t k = 0; k < Event->GetEdgeCount(); ++k) {
+      const TGGraphNode* To = ToNodeOf(Event->GetEdge(k));
+      if (Reached.insert(To).second) Stack.push_back(To);
+    }
+  }
+  return Reached;
 }
 
 }  // namespace
@@ -93,8 +110,111 @@ void TActivityNetwork::ModifySuccessor(TGGraphNode* Node, TGGraphNode* Successor
   if (T > To->GetEarliestEventTime()) To->SetEarliestEventTime(T);
 }
 
+bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEvent, TStrings& Path,
+                                      std::int32_t& PathTime, bool Critical) {
+  // The general passes call the network's virtual steps and fill Path as they go. When every
+  // step is this unit's own, every node an event and every edge a task, and no handler can
+  // look on (none on the graph's node changes, the events or Path), the same values are
+  // computed over arrays and only the results are written to the objects.
+  if (typeid(*this) != typeid(TActivityNetwork) || !FDirected || GetOnNodeChange()) return false;
+  if (!detail::UnwatchedStringList(Path)) return false;
+  detail::TGraphArrays A;
+  A.WholeNodes = true;
+  std::vector<std::int32_t> Weight;
+  auto IsEvent = [](TGGraphNode* Node) { return Node->ClassType() == &TAOEEvent::ClassInfo() && !Node->GetOnChange(); };
+  auto IsTask = [&](TGGraphEdge* Edge, std::size_t) {
+    if (Edge->ClassType() != &TAOETask::ClassInfo()) return false;
+    Weight.push_back(static_cast<TAOETask*>(Edge)->GetWeight());
+    return true;
+  };
+  if (!A.Take(*this, true, false, IsEvent, IsTask)) return false;
+
+  const std::size_t N = A.Nodes.size();
+  // BeginUpdateNodes: the events' brackets open and close below with nothing in between
+  // that would call Change.
+  ++FUpdateNodesCount;
+  FAcyclic = false;  // TopologicalOrder with the forward pass of ModifySuccessor
+  FNeedAcyclicCheck = false;
+  auto& List = static_cast<TStringList&>(Path);
+  List.SetSorted(false);
+  if (List.GetCount() > 0) List.Clear();
+  std::vector<std::int32_t> Tag(A.InDegree), Early(N, 0), Late(N);
+  std::vector<std::int32_t> Order = detail::StackOrder(A, Tag, [&](std::size_t V, std::size_t e, std::size_t W) {
+    const std::int32_t T = WrapAdd(Early[V], Weight[e]);
+    if (T > Early[W]) Early[W] = T;
+  });
+  const bool Acyclic = Order.size() == N;
+  FAcyclic = Acyclic;
+  // The backward pass (as in the general one); a task's latest start lands in Weight.
+  for (std::size_t k = Acyclic ? N : 0; k-- > 0;) {
+    const auto V = static_cast<std::size_t>(Order[k]);
+    std::int32_t Latest = k + 1 == N ? Early[V] : MaxGraphWeight;
+    const auto End = static_cast<std::size_t>(A.First[V + 1]);
+    for (auto e = static_cast<std::size_t>(A.First[V]); e < End; ++e) {
+      const std::int32_t T = WrapSub(Late[static_cast<std::size_t>(A.To[e])], Weight[e]);
+      Weight[e] = T;
+      if (T < Latest) Latest = T;
+    }
+    Late[V] = Latest;
+  }
+  constexpr std::size_t Ahead = 8;
+  for (std::size_t i = 0; i < N; ++i) {
+    if (i + Ahead < N) {
+      __builtin_prefetch(A.Nodes[i + Ahead]);
+      __builtin_prefetch(&static_cast<TAOEEvent*>(A.Nodes[i + Ahead])->FEarliestEventTime);
+    }
+    auto* Event = static_cast<TAOEEvent*>(A.Nodes[i]);
+    Event->SetWorkTag(Tag[i]);
+    Event->FEarliestEventTime = Early[i];
+    if (Acyclic) Event->FLatestEventTime = Late[i];
+    Event->BeginUpdate();
+    Event->EndUpdate();
+  }
+  if (!Acyclic) {
+    detail::AddCaptions(List, A.Nodes, Order);
+    throw EGraphException(SNotAcyclic);
+  }
+  // Task times, and the critical tasks in network order, in one pass over the tasks.
+  const std::size_t M = A.Edges.size();
+  std::vector<TAOETask*> CriticalTasks;
+  for (std::size_t i = 0, e = 0; i < N; ++i) {
+    const auto End = static_cast<std::size_t>(A.First[i + 1]);
+    for (; e < End; ++e) {
+      if (e + 2 * Ahead < M)
+        __builtin_prefetch(&static_cast<TAOETask*>(A.Edges[e + 2 * Ahead])->FEarliestStartTime);
+      auto* Task = static_cast<TAOETask*>(A.Edges[e]);
+      Task->FEarliestStartTime = Early[i];
+      Task->FLatestStartTime = Weight[e];
+      if (Critical && Task->GetCriticality() == 0) CriticalTasks.push_back(Task);
+    }
+  }
+  for (TAOETask* Task : CriticalTasks) Path.AddObject(Task->GetName(), Task);
+
+  // The stretch: from StartEvent on, without what FinishEvent reaches after it.
+  std::size_t From = 0;
+  if (StartEvent)
+    while (From < N && A.Nodes[static_cast<std::size_t>(Order[From])] != StartEvent) ++From;
+  Order.erase(Order.begin(), Order.begin() + static_cast<std::ptrdiff_t>(From));
+  if (FinishEvent) {
+    const std::unordered_set<const TGGraphNode*> Reached = ReachedFrom(FinishEvent);
+    std::size_t Finish = 0;  // one past FinishEvent's line, 0 when it has none
+    for (std::size_t k = 0; k < Order.size() && Finish == 0; ++k)
+      if (A.Nodes[static_cast<std::size_t>(Order[k])] == FinishEvent) Finish = k + 1;
+    std::size_t Kept = Finish;
+    for (std::size_t k = Finish; k < Order.size(); ++k)
+      if (!Reached.count(A.Nodes[static_cast<std::size_t>(Order[k])])) Order[Kept++] = Order[k];
+    Order.resize(Kept);
+  }
+  PathTime = Order.empty() ? MaxGraphWeight
+                           : WrapSub(Early[static_cast<std::size_t>(Order.back())],
+                                     Early[static_cast<std::size_t>(Order.front())]);
+  if (!Critical) detail::AddCaptions(List, A.Nodes, Order);
+  return true;
+}
+
 TStrings& TActivityNetwork::GetEarliestCompletionTime(TAOEEvent* StartEvent, TAOEEvent* FinishEvent, TStrings& Path,
                                                       std::int32_t& PathTime) {
+  if (DirectSchedule(StartEvent, FinishEvent, Path, PathTime, false)) return Path;
   BeginUpdateNodes();
   try {
     ForEachNode(*this, [](TGGraphNode* Node) { FastAs<TAOEEvent>(Node)->SetEarliestEventTime(0); });
@@ -130,16 +250,7 @@ TStrings& TActivityNetwork::GetEarliestCompletionTime(TAOEEvent* StartEvent, TAO
   if (FinishEvent) {
     // Everything reachable from the finish lies after it in topological order: drop it in
     // one pass instead of a search per event.
-    std::unordered_set<const TGGraphNode*> Reached;
-    std::vector<const TGGraphNode*> Stack{FinishEvent};
-    while (!Stack.empty()) {
-      const TGGraphNode* Event = Stack.back();
-      Stack.pop_back();
-      for (std::int32_t k = 0; k < Event->GetEdgeCount(); ++k) {
-        const TGGraphNode* To = ToNodeOf(Event->GetEdge(k));
-        if (Reached.insert(To).second) Stack.push_back(To);
-      }
-    }
+    const std::unordered_set<const TGGraphNode*> Reached = ReachedFrom(FinishEvent);
     const std::int32_t Finish = Path.IndexOfObject(FinishEvent);
     KeepLines(Path, [&](std::int32_t i) { return i <= Finish || !Reached.count(As<TGGraphNode>(Path.GetObject(i))); });
   }
@@ -158,6 +269,7 @@ std::unique_ptr<TStringList> TActivityNetwork::GetEarliestCompletionTime(TAOEEve
 
 TStrings& TActivityNetwork::GetCriticalActivities(TAOEEvent* StartEvent, TAOEEvent* FinishEvent, TStrings& Path,
                                                   std::int32_t& PathTime) {
+  if (DirectSchedule(StartEvent, FinishEvent, Path, PathTime, true)) return Path;
   GetEarliestCompletionTime(StartEvent, FinishEvent, Path, PathTime);
   Path.Clear();
   ForEachNode(*this, [&](TGGraphNode* Node) {

@@ -44,6 +44,7 @@ class TAOETask : public TWeightedEdge {
  private:
   std::int32_t FEarliestStartTime = 0;
   std::int32_t FLatestStartTime = 0;
+  friend class TActivityNetwork;
   mutable String FName;
 };
 
@@ -68,6 +69,7 @@ class TAOEEvent : public TWeightedNode {
   void WriteData(TWriter* Writer) override;
 
  private:
+  friend class TActivityNetwork;
   std::int32_t FEarliestEventTime = 0;
   std::int32_t FLatestEventTime = 0;
 };
@@ -112,6 +114,12 @@ class TActivityNetwork : public TGGraph {
   /// CGraph being this network raises EGraphException.
   TActivityNetwork& GetCriticalGraph(TAOEEvent* StartEvent, TAOEEvent* FinishEvent, TActivityNetwork& CGraph);
   [[nodiscard]] std::unique_ptr<TActivityNetwork> GetCriticalGraph(TAOEEvent* StartEvent, TAOEEvent* FinishEvent);
+
+ private:
+  /// The schedule (and with Critical the critical tasks into Path) over arrays; false, having
+  /// changed nothing, when the general passes must run.
+  bool DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEvent, TStrings& Path, std::int32_t& PathTime,
+                      bool Critical);
 };
 
 }  // namespace kz

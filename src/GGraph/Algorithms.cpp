@@ -2,11 +2,13 @@
 // paths.
 #include <algorithm>
 #include <functional>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
 #include "DataStructures/ObjectContainers.h"
 #include "GGraph/Graphs.h"
+#include "GGraph/internal/GraphArrays.h"
 #include "GGraph/internal/NodeWalk.h"
 
 namespace kz {
@@ -119,6 +121,7 @@ void TGCustomGraph::TopologicalOrder(TStrings& OrderedNodes) {
   if (auto* List = dynamic_cast<TStringList*>(&OrderedNodes)) List->SetSorted(false);
   if (OrderedNodes.GetCount() > 0) OrderedNodes.Clear();
   if (!FDirected) return;
+  if (DirectTopologicalOrder(OrderedNodes)) return;
   TKZObjectStack Stack;
   ForEachNode(*this, [&](TGGraphNode* Node) {
     Node->SetWorkTag(Node->GetInDegree());
@@ -141,6 +144,28 @@ void TGCustomGraph::TopologicalOrder(TStrings& OrderedNodes) {
     }
   }
   if (Ordered == Count) FAcyclic = true;
+}
+
+bool TGCustomGraph::DirectTopologicalOrder(TStrings& OrderedNodes) {
+  // Only where ModifySuccessor is the library's own decrement and nothing watches the list
+  // fill up can the counters live in an array until the end.
+  if (typeid(*this) != typeid(TGGraph) && typeid(*this) != typeid(TGLabelGraph)) return false;
+  if (!detail::UnwatchedStringList(OrderedNodes)) return false;
+  detail::TGraphArrays A;
+  auto Any = [](auto&&...) { return true; };
+  if (!A.Take(*this, typeid(*this) == typeid(TGGraph), false, Any, Any)) return false;
+  const std::size_t N = A.Nodes.size();
+  std::vector<std::int32_t> Tag(A.InDegree);
+  const std::vector<std::int32_t> Order = detail::StackOrder(A, Tag, [](std::size_t, std::size_t, std::size_t) {});
+  auto& List = static_cast<TStringList&>(OrderedNodes);
+  if (Order.size() == N) {  // every node is listed: its tag is written as it is
+    detail::AddCaptions(List, A.Nodes, Order, &Tag);
+    FAcyclic = true;
+  } else {
+    for (std::size_t i = 0; i < N; ++i) A.Nodes[i]->SetWorkTag(Tag[i]);
+    detail::AddCaptions(List, A.Nodes, Order);
+  }
+  return true;
 }
 
 std::unique_ptr<TStringList> TGCustomGraph::TopologicalOrder() {
@@ -189,6 +214,7 @@ void TGCustomGraph::ShortestPath(TGGraphNode* StartNode) {
   if (!StartNode) RaiseNullAccess(u"start node");
   WithinUpdate(*this, [&] {
     InitializeNodes(StartNode, false);
+    if (DirectShortestPath(StartNode)) return;
     detail::TShortestRun Run;
     Run.Start = StartNode;
     bool AllWeighted = true;
@@ -239,6 +265,86 @@ void TGCustomGraph::ShortestPath(TGGraphNode* StartNode) {
     }
     Visit(ClosestNode(StartNode, false));
   });
+}
+
+bool TGCustomGraph::DirectShortestPath(TGGraphNode* StartNode) {
+  // The general loop below over arrays, where the selection and the relaxation are the
+  // library's own, no path lists are kept and no handler sees a weight change: then only the
+  // final weights and marks can be told, and they are written once at the end.
+  if (FEnumeratingPaths || (typeid(*this) != typeid(TGGraph) && typeid(*this) != typeid(TGLabelGraph))) return false;
+  detail::TGraphArrays A;
+  A.WholeNodes = true;
+  std::vector<TGraphWeight> EdgeWeight;
+  auto IsWeighted = [](TGGraphNode* Node) {
+    return Node->ClassType() == &TWeightedNode::ClassInfo() && !Node->GetOnChange();
+  };
+  auto WeightOf = [&](TGGraphEdge* Edge, std::size_t) {
+    const auto* W = DynamicAs<TWeightedEdge>(Edge);
+    if (W) EdgeWeight.push_back(W->GetWeight());
+    return W != nullptr;
+  };
+  if (!A.Take(*this, typeid(*this) == typeid(TGGraph), true, IsWeighted, WeightOf)) return false;
+  const std::int32_t Start = A.PositionOf(StartNode);
+  if (Start < 0) {
+    A.Restore();
+    return false;
+  }
+  const std::size_t N = A.Nodes.size();
+  const auto S = static_cast<std::size_t>(Start);
+  std::vector<TGraphWeight> Dist(N, MaxGraphWeight);
+  std::vector<char> Seen(N, 0);
+  std::vector<std::uint64_t> Heap;
+  auto Lower = [&](std::size_t V, TGraphWeight W) {
+    Dist[V] = W;
+    Heap.push_back(detail::TShortestRun::Key(W, static_cast<std::int32_t>(V)));
+    std::push_heap(Heap.begin(), Heap.end(), std::greater<>());
+  };
+  std::size_t Cursor = 0;
+  auto Select = [&]() -> std::size_t {  // TShortestRun::Select
+    while (!Heap.empty()) {
+      const std::uint64_t K = Heap.front();
+      const std::size_t V = static_cast<std::uint32_t>(K);
+      const auto W = static_cast<TGraphWeight>(static_cast<std::uint32_t>(K >> 32) ^ 0x80000000u);
+      if (V != S && !Seen[V] && Dist[V] == W) return V;
+      std::pop_heap(Heap.begin(), Heap.end(), std::greater<>());
+      Heap.pop_back();
+    }
+    while (Cursor < N && (Seen[Cursor] || Cursor == S)) ++Cursor;
+    return Cursor < N ? Cursor : S;
+  };
+  for (auto e = static_cast<std::size_t>(A.First[S]); e < static_cast<std::size_t>(A.First[S + 1]); ++e) {
+    const auto To = static_cast<std::size_t>(A.To[e]), From = static_cast<std::size_t>(A.From[e]);
+    const std::size_t V = !FDirected && To == S && From != S ? From : To;
+    if (Dist[V] > EdgeWeight[e]) Lower(V, EdgeWeight[e]);
+  }
+  Seen[S] = 1;
+  Dist[S] = 0;
+  if (const std::int32_t Count = GetNodeCount(); Count >= 2) {
+    for (std::int32_t k = 0; k < Count - 2; ++k) {
+      const std::size_t U = Select();
+      Seen[U] = 1;
+      const auto End = static_cast<std::size_t>(A.First[U + 1]);
+      for (auto e = static_cast<std::size_t>(A.First[U]); e < End; ++e) {
+        const auto To = static_cast<std::size_t>(A.To[e]), From = static_cast<std::size_t>(A.From[e]);
+        std::size_t V;
+        if (!Seen[To] && To != U) V = To;
+        else if (!Seen[From] && From != U) V = From;
+        else continue;
+        if (Dist[U] == MaxGraphWeight) continue;  // Relax
+        const TGraphWeight Sum = WrapAdd(Dist[U], EdgeWeight[e]);
+        if (Dist[V] > Sum) Lower(V, Sum);
+      }
+    }
+    Seen[Select()] = 1;
+  }
+  constexpr std::size_t Ahead = 8;
+  for (std::size_t i = 0; i < N; ++i) {
+    if (i + Ahead < N) __builtin_prefetch(&static_cast<TWeightedNode*>(A.Nodes[i + Ahead])->FWeight);
+    auto* Node = static_cast<TWeightedNode*>(A.Nodes[i]);
+    Node->SetWorkTag(Seen[i] ? 1 : 0);
+    Node->SetWeight(Dist[i]);  // tells the graph as the general loop's changes do
+  }
+  return true;
 }
 
 void TGCustomGraph::EnumerateShortestPaths(TGGraphNode* StartNode) {

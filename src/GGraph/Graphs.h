@@ -168,6 +168,11 @@ class TGCustomGraph : public TComponent {
   /// Frees every edge arriving at Node from any node the graph keeps.
   void DropEdgesTo(TGGraphNode* Node);
   void Relax(TGGraphNode* U, TGGraphNode* V, TGGraphEdge* E);
+  /// TopologicalOrder over arrays when the outcome cannot differ; false when it would.
+  bool DirectTopologicalOrder(TStrings& OrderedNodes);
+  /// ShortestPath's search after InitializeNodes over arrays when the outcome cannot differ;
+  /// false, having changed nothing, when it would.
+  bool DirectShortestPath(TGGraphNode* StartNode);
 
   TNotifyEvent FOnChange;
   TNodeNotifyEvent FOnNodeChange;

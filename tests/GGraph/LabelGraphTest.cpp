@@ -33,6 +33,34 @@ TEST(GGraphLabel, CaptionsAreKeys) {
   A->AddEdge(B);
   A->SetCaption(u"a");  // b is now the hidden one; the graph frees it (the leak check sees it)
   EXPECT_EQ(G.GetNodeCount(), 2);
+
+  // The sort of the graph's own class (over arrays) and of a subclass (the general loop) agree,
+  // also once a hidden node sits at the end of edges.
+  struct TGeneral : TGLabelGraph {
+    using TGLabelGraph::TGLabelGraph;
+  };
+  TGLabelGraph Own(nullptr);
+  TGeneral General(nullptr);
+  std::vector<TGGraphNode*> Nodes[2];
+  for (TGLabelGraph* L : {&Own, static_cast<TGLabelGraph*>(&General)}) {
+    L->SetDirected(true);
+    std::vector<TGGraphNode*>& N = Nodes[L == &Own ? 0 : 1];
+    for (auto C : {u"p", u"q", u"r"}) N.push_back(L->CreateNode(C));
+    N[0]->AddEdge(N[1]);
+    N[1]->AddEdge(N[2]);
+    N[0]->AddEdge(N[2]);
+  }
+  for (int Round = 0; Round < 2; ++Round) {
+    std::vector<String> Seen[2];
+    for (int g = 0; g < 2; ++g) {
+      TGLabelGraph& L = g == 0 ? Own : General;
+      Seen[g] = L.TopologicalOrder()->ToStringArray();
+      Seen[g].push_back(L.GetAcyclic() ? u"acyclic" : u"cyclic");
+      for (TGGraphNode* N : Nodes[g]) Seen[g].push_back(IntToStr(N->GetWorkTag()));
+    }
+    EXPECT_EQ(Seen[0], Seen[1]) << "round " << Round;
+    for (int g = 0; g < 2; ++g) Nodes[g][1]->SetCaption(u"r");  // r is hidden now
+  }
 }
 
 TEST(GGraphLabel, StoredFormRoundTrip) {
