@@ -1,5 +1,6 @@
 #include "DataStructures/HeapElements.h"
 
+#include "DataStructures/Heaps.h"
 #include "DataStructures/internal/ElementPool.h"
 
 namespace kz {
@@ -15,9 +16,13 @@ void TIHeapElement::operator delete(void* Element) noexcept { detail::TElementPo
 void THeapElement::Assign(TPersistent* Source) {
   auto* Other = dynamic_cast<THeapElement*>(Source);
   if (!Other) return inherited::Assign(Source);
+  const std::int32_t Was = FIndex;
   FItem = Other->FItem;
   FIndex = Other->FIndex;
+  if (FOwner) Changed(Was);
 }
+
+void THeapElement::Changed(std::int32_t Index) { FOwner->ElementChanged(this, Index); }
 
 std::unique_ptr<THeapElement> THeapElement::Clone() const {
   std::unique_ptr<THeapElement> Copy = static_cast<const TMeta*>(ClassType())->Create(FItem);
@@ -25,7 +30,7 @@ std::unique_ptr<THeapElement> THeapElement::Clone() const {
   return Copy;
 }
 
-void THeapElement::Clear() { FItem = nullptr; }
+void THeapElement::Clear() { SetItem(nullptr); }
 
 void TIntHeapElement::Assign(TPersistent* Source) {
   if (auto* Other = dynamic_cast<TIntHeapElement*>(Source)) FPriority = Other->FPriority;
@@ -36,7 +41,7 @@ void TIntHeapElement::Clear() { Clear(DefaultPriority); }
 
 void TIntHeapElement::Clear(std::int32_t Priority) {
   inherited::Clear();
-  FPriority = Priority;
+  SetPriority(Priority);
 }
 
 void TFloatHeapElement::Assign(TPersistent* Source) {
@@ -48,7 +53,7 @@ void TFloatHeapElement::Clear() { Clear(DefaultPriority); }
 
 void TFloatHeapElement::Clear(float Priority) {
   inherited::Clear();
-  FPriority = Priority;
+  SetPriority(Priority);
 }
 
 void TIHeapElement::Assign(TPersistent* Source) {

@@ -33,6 +33,8 @@ struct THeapAccess;
 /// which the heap keeps equal to the array index. The family has the virtual constructor
 /// (Item) (THeapElementClass). A heap frees its elements when they leave it, so a pointer to
 /// one is valid only while the element is in its heap.
+/// An element knows the heap that made it and tells it when its item or priority is written,
+/// so that the heap's copy of what orders it never differs from the element.
 class THeapElement : public TPersistent {
  public:
   using TMeta = kz::TMetaClassOf<THeapElement, TObject*>;
@@ -54,13 +56,23 @@ class THeapElement : public TPersistent {
   virtual void Clear();
 
   TObject* GetItem() const { return FItem; }
-  void SetItem(TObject* Value) { FItem = Value; }
+  void SetItem(TObject* Value) {
+    FItem = Value;
+    if (FOwner) Changed(FIndex);
+  }
   std::int32_t GetIndex() const { return FIndex; }
+
+ protected:
+  bool Owned() const { return FOwner != nullptr; }
+  /// Tells the heap holding this element (if any) that what orders it may have changed;
+  /// Index is where the element was. Every writer of the item or a priority calls it.
+  void Changed(std::int32_t Index);
 
  private:
   friend struct detail::THeapAccess;
   TObject* FItem;
-  std::int32_t FIndex = 0;
+  TCustomHeap* FOwner = nullptr;  // the heap that made and holds it; never copied
+  std::int32_t FIndex = 0;        // last, so that a derived class's priority fills the padding
 };
 
 using THeapElementClass = const THeapElement::TMeta*;
@@ -82,7 +94,10 @@ class TIntHeapElement : public THeapElement {
 
   std::int32_t GetPriority() const { return FPriority; }
   /// Changing the priority of an element in a heap leaves the heap to ModifyPriority.
-  void SetPriority(std::int32_t Value) { FPriority = Value; }
+  void SetPriority(std::int32_t Value) {
+    FPriority = Value;
+    if (Owned()) Changed(GetIndex());
+  }
 
  private:
   friend struct detail::THeapAccess;
@@ -109,7 +124,10 @@ class TFloatHeapElement : public THeapElement {
 
   float GetPriority() const { return FPriority; }
   /// Changing the priority of an element in a heap leaves the heap to ModifyPriority.
-  void SetPriority(float Value) { FPriority = Value; }
+  void SetPriority(float Value) {
+    FPriority = Value;
+    if (Owned()) Changed(GetIndex());
+  }
 
  private:
   friend struct detail::THeapAccess;

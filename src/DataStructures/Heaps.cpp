@@ -3,15 +3,23 @@
 #include "DataStructures/internal/ElementPool.h"
 #include "DataStructures/internal/HeapCore.h"
 
+#include <memory>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
 namespace kz {
 
 using namespace Runtime;
 using namespace DataStructures;
+using detail::ElementOf;
 using detail::GuardMemory;
+using detail::THeapAccess;
 using detail::PreOrderFind;
 using detail::SiftDown;
 using detail::SiftUp;
 using detail::TakeOut;
+using detail::TNoLookAhead;
 using detail::TElementPool;
 
 namespace {
@@ -26,62 +34,79 @@ bool Before(THeapOrder Order, P A, P B) {
   return Order == hpIncreasing ? A < B : A > B;
 }
 
-// The numeric heaps' rules, the same for both priority types.
+// The numeric heaps' rules, the same for both priority types; they compare the slots' keys,
+// which hold the elements' priorities.
 template <class TElem>
 struct TNumeric {
   using TPrio = decltype(std::declval<TElem>().GetPriority());
   static TPrio Prio(const THeapElement* E) { return static_cast<const TElem*>(E)->GetPriority(); }
+  template <class S>
+  static TPrio Key(const S& Slot) {
+    if constexpr (std::is_same_v<TPrio, float>)
+      return Slot.Key.Float;
+    else
+      return Slot.Key.Int;
+  }
+  template <class S>
+  static TPrio KeyAt(const std::vector<S>& H, std::int32_t I) {
+    return Key(H[static_cast<std::size_t>(I)]);
+  }
 
-  static THeapElement* PushUp(std::vector<THeapElement*>& H, THeapOrder Order, std::int32_t I) {
+  template <class S>
+  static THeapElement* PushUp(std::vector<S>& H, THeapOrder Order, std::int32_t I) {
     // Stops when the parent is not after the child, as written (<= / >=).
     if (Order == hpIncreasing)
-      return SiftUp(H, I, [](const THeapElement* P, const THeapElement* C) { return !(Prio(P) <= Prio(C)); });
-    return SiftUp(H, I, [](const THeapElement* P, const THeapElement* C) { return !(Prio(P) >= Prio(C)); });
+      return SiftUp(H, I, [](const S& P, const S& C) { return !(Key(P) <= Key(C)); });
+    return SiftUp(H, I, [](const S& P, const S& C) { return !(Key(P) >= Key(C)); });
   }
 
-  static THeapElement* PushDown(std::vector<THeapElement*>& H, THeapOrder Order, std::int32_t I) {
-    // The right child only when strictly before the left one; a swap only when strictly before.
+  template <class S>
+  static THeapElement* PushDown(std::vector<S>& H, THeapOrder Order, std::int32_t I) {
+    // The right child only when strictly before the left one; a move only when strictly before.
     if (Order == hpIncreasing) {
-      auto Lt = [](const THeapElement* A, const THeapElement* B) { return Prio(A) < Prio(B); };
-      return SiftDown(H, I, Lt, Lt);
+      auto Lt = [](const S& A, const S& B) { return Key(A) < Key(B); };
+      return SiftDown<TNoLookAhead>(H, I, Lt, Lt);
     }
-    auto Gt = [](const THeapElement* A, const THeapElement* B) { return Prio(A) > Prio(B); };
-    return SiftDown(H, I, Gt, Gt);
+    auto Gt = [](const S& A, const S& B) { return Key(A) > Key(B); };
+    return SiftDown<TNoLookAhead>(H, I, Gt, Gt);
   }
 
-  static std::int32_t IndexOf(const std::vector<THeapElement*>& H, THeapOrder Order, TObject* Item, TPrio Priority) {
-    auto Visit = [&](const THeapElement* E) {
-      if (E->GetItem() == Item && Prio(E) == Priority) return 1;
-      return Before(Order, Prio(E), Priority) ? 0 : -1;
+  template <class S>
+  static std::int32_t IndexOf(const std::vector<S>& H, THeapOrder Order, TObject* Item, TPrio Priority) {
+    auto Visit = [&](const S& E) {
+      if (Key(E) == Priority && E.Element->GetItem() == Item) return 1;
+      return Before(Order, Key(E), Priority) ? 0 : -1;
     };
     return PreOrderFind(H, 0, Visit);
   }
 
-  static std::int32_t IndexOf(const std::vector<THeapElement*>& H, THeapOrder Order, TPrio Priority) {
-    auto Visit = [&](const THeapElement* E) {
-      if (Prio(E) == Priority) return 1;
-      return Before(Order, Prio(E), Priority) ? 0 : -1;
+  template <class S>
+  static std::int32_t IndexOf(const std::vector<S>& H, THeapOrder Order, TPrio Priority) {
+    auto Visit = [&](const S& E) {
+      if (Key(E) == Priority) return 1;
+      return Before(Order, Key(E), Priority) ? 0 : -1;
     };
     return PreOrderFind(H, 0, Visit);
   }
 
   // Step 6 of Delete: the tests as written, under which PushUp finds nothing to swap.
-  static bool InteriorPushUp(const std::vector<THeapElement*>& H, THeapOrder Order, std::int32_t I) {
-    const TPrio Moved = Prio(H[static_cast<std::size_t>(I)]);
-    const TPrio Parent = Prio(H[static_cast<std::size_t>((I - 1) / 2)]);
+  template <class S>
+  static bool InteriorPushUp(const std::vector<S>& H, THeapOrder Order, std::int32_t I) {
+    const TPrio Moved = KeyAt(H, I), Parent = KeyAt(H, (I - 1) / 2);
     return Order == hpIncreasing ? Moved > Parent : Moved < Parent;
   }
 
   // ModifyPriority without a new priority: the reverse tests, kept as they are.
-  static bool ReverseTestPushUp(const std::vector<THeapElement*>& H, THeapOrder Order, std::int32_t I) {
+  template <class S>
+  static bool ReverseTestPushUp(const std::vector<S>& H, THeapOrder Order, std::int32_t I) {
     if (I <= 0) return false;
-    const TPrio E = Prio(H[static_cast<std::size_t>(I)]);
-    const TPrio Parent = Prio(H[static_cast<std::size_t>((I - 1) / 2)]);
+    const TPrio E = KeyAt(H, I), Parent = KeyAt(H, (I - 1) / 2);
     return Order == hpIncreasing ? E >= Parent : E <= Parent;
   }
 
-  static bool StrictlyBeforeParent(const std::vector<THeapElement*>& H, THeapOrder Order, std::int32_t I) {
-    return I > 0 && Before(Order, Prio(H[static_cast<std::size_t>(I)]), Prio(H[static_cast<std::size_t>((I - 1) / 2)]));
+  template <class S>
+  static bool StrictlyBeforeParent(const std::vector<S>& H, THeapOrder Order, std::int32_t I) {
+    return I > 0 && Before(Order, KeyAt(H, I), KeyAt(H, (I - 1) / 2));
   }
 
   static void CheckClass(const TMetaClass* AClass) {
@@ -90,61 +115,84 @@ struct TNumeric {
   }
 };
 
-// The object heaps' rules, the same for objects and interface references; Cmp compares items.
+// The object heaps' rules, the same for objects and interface references. Item(Entry) is
+// what Cmp compares: the slot's key (object heaps) or the element's reference (interface heap).
+template <class FItem>
 struct TObjectRules {
-  template <class E, class C>
-  static E* PushUp(std::vector<E*>& H, THeapOrder O, std::int32_t I, const C& Cmp) {
-    return SiftUp(H, I, [&](const E* P, const E* K) { return After(O, Cmp(P->GetItem(), K->GetItem())); });
+  template <class S, class C>
+  static auto* PushUp(std::vector<S>& H, THeapOrder O, std::int32_t I, const C& Cmp) {
+    return SiftUp(H, I, [&](const S& P, const S& K) { return After(O, Cmp(FItem::Of(P), FItem::Of(K))); });
   }
-  template <class E, class C>
-  static E* PushDown(std::vector<E*>& H, THeapOrder O, std::int32_t I, const C& Cmp) {
-    return SiftDown(
-        H, I, [&](const E* R, const E* L) { return !After(O, Cmp(R->GetItem(), L->GetItem())); },
-        [&](const E* K, const E* X) { return Before(O, Cmp(K->GetItem(), X->GetItem())); });
+  template <class S, class C>
+  static auto* PushDown(std::vector<S>& H, THeapOrder O, std::int32_t I, const C& Cmp) {
+    return SiftDown<FItem>(
+        H, I, [&](const S& R, const S& L) { return !After(O, Cmp(FItem::Of(R), FItem::Of(L))); },
+        [&](const S& K, const S& X) { return Before(O, Cmp(FItem::Of(K), FItem::Of(X))); });
   }
-  template <class E, class T, class C>
-  static std::int32_t IndexOf(const std::vector<E*>& H, THeapOrder O, const T& Item, const C& Cmp) {
-    auto Visit = [&](const E* X) {
-      if (After(O, Cmp(X->GetItem(), Item))) return -1;
-      return X->GetItem() == Item ? 1 : 0;
+  template <class S, class T, class C>
+  static std::int32_t IndexOf(const std::vector<S>& H, THeapOrder O, const T& Item, const C& Cmp) {
+    auto Visit = [&](const S& X) {
+      if (After(O, Cmp(FItem::Of(X), Item))) return -1;
+      return FItem::Of(X) == Item ? 1 : 0;
     };
     return PreOrderFind(H, 0, Visit);
   }
-  template <class E, class C>
-  static bool BeforeParent(const std::vector<E*>& H, THeapOrder O, std::int32_t I, const C& Cmp) {
+  template <class S, class C>
+  static bool BeforeParent(const std::vector<S>& H, THeapOrder O, std::int32_t I, const C& Cmp) {
     const auto U = static_cast<std::size_t>(I);
-    return I > 0 && Before(O, Cmp(H[U]->GetItem(), H[(U - 1) / 2]->GetItem()));
+    return I > 0 && Before(O, Cmp(FItem::Of(H[U]), FItem::Of(H[(U - 1) / 2])));
   }
 };
+
+struct TSlotItem {
+  template <class S>
+  static TObject* Of(const S& Slot) {
+    return Slot.Key.Item;
+  }
+  // The items two levels down are what the comparisons after the next will read.
+  template <class S>
+  static void Touch(const S& Slot) {
+    __builtin_prefetch(Slot.Key.Item);
+  }
+};
+struct TElementItem : detail::TNoLookAhead {
+  static const TIntfPtr<IInterface>& Of(const TIHeapElement* Element) { return Element->GetItem(); }
+};
+using TObjectOps = TObjectRules<TSlotItem>;
+using TInterfaceOps = TObjectRules<TElementItem>;
 
 #define KZ_HEAP_CMP [this](const auto& A, const auto& B) { return Compare(A, B); }
 
 using TIntOps = TNumeric<TIntHeapElement>;
 using TFloatOps = TNumeric<TFloatHeapElement>;
 
-// Appends Element and sifts it up with Up; when anything raises the element is taken out
-// and freed again.
-template <class E, class FUp>
-E* InsertElement(std::vector<E*>& H, std::unique_ptr<E> Element, FUp Up) {
-  E* X = Element.get();
-  detail::THeapAccess::SetIndex(X, static_cast<std::int32_t>(H.size()));
-  H.push_back(X);
-  Element.release();
+// Appends Entry (whose element the caller hands over) and sifts it up with Up; when
+// anything raises the element is taken out and freed again.
+template <class S, class FUp>
+auto* InsertEntry(std::vector<S>& H, const S& Entry, FUp Up) {
+  auto* X = ElementOf(Entry);
+  try {
+    H.push_back(Entry);
+  } catch (...) {
+    delete X;
+    throw;
+  }
+  THeapAccess::SetIndex(X, static_cast<std::int32_t>(H.size()) - 1);
   try {
     if (H.size() > 1) Up(static_cast<std::int32_t>(H.size()) - 1);
   } catch (...) {
-    // The sift swaps whole steps, so the element is somewhere on its path with a true Index.
+    // A sift that raises puts the element back on its path with a true Index.
     delete TakeOut(H, X->GetIndex());
     throw;
   }
   return X;
 }
 
-template <class E>
-void FreeElements(std::vector<E*>& H) {
-  std::vector<E*> Old;
+template <class S>
+void FreeElements(std::vector<S>& H) {
+  std::vector<S> Old;
   Old.swap(H);
-  for (E* X : Old) delete X;
+  for (const S& X : Old) delete ElementOf(X);
 }
 
 TElementPool& PoolOf(std::unique_ptr<TElementPool>& Pool) {
@@ -153,40 +201,42 @@ TElementPool& PoolOf(std::unique_ptr<TElementPool>& Pool) {
 }
 
 // Empties the heap and gives its storage back.
-template <class E>
-void FreeAll(std::vector<E*>& H, const std::unique_ptr<TElementPool>& Pool) {
+template <class S>
+void FreeAll(std::vector<S>& H, const std::unique_ptr<TElementPool>& Pool) {
   FreeElements(H);
   if (Pool) Pool->Trim();
 }
 
 // The index of Element when it is one of this heap's: a pointer outside the heap's storage
 // is refused before it is read.
-template <class E>
-std::int32_t ElementIndex(const std::vector<E*>& H, const std::unique_ptr<TElementPool>& Pool, const E* Element) {
+template <class S, class E>
+std::int32_t ElementIndex(const std::vector<S>& H, const std::unique_ptr<TElementPool>& Pool, const E* Element) {
   if (!Element || !Pool || !Pool->Holds(Element)) throw EInvalidOperation(SElementNotInHeap);
   const std::int32_t I = Element->GetIndex();
-  if (I < 0 || static_cast<std::size_t>(I) >= H.size() || H[static_cast<std::size_t>(I)] != Element)
+  if (I < 0 || static_cast<std::size_t>(I) >= H.size() || ElementOf(H[static_cast<std::size_t>(I)]) != Element)
     throw EInvalidOperation(SElementNotInHeap);
   return I;
 }
 
-// Clones of a heap's elements, made in the receiving heap's storage before that heap
-// changes, then swapped in.
-template <class E>
+// Clones of a heap's entries, made in the receiving heap's storage before that heap changes,
+// then swapped in. Entry(Clone) makes the receiver's entry for an element.
+template <class S>
 struct TClones {
-  std::vector<E*> Heap;
+  std::vector<S> Heap;
 
   TClones(const TClones&) = delete;
-  TClones(const std::vector<E*>& Source, TElementPool& Pool) {
+  template <class FEntry>
+  TClones(const std::vector<S>& Source, TElementPool& Pool, FEntry Entry) {
+    using E = std::remove_pointer_t<decltype(ElementOf(std::declval<S>()))>;
     TElementPool::TScope Scope(Pool);
     std::vector<std::unique_ptr<E>> Copies;
     Copies.reserve(Source.size());
-    for (const E* X : Source) Copies.push_back(X->Clone());
+    for (const S& X : Source) Copies.push_back(ElementOf(X)->Clone());
     Heap.reserve(Copies.size());
-    for (auto& X : Copies) Heap.push_back(X.release());
+    for (auto& X : Copies) Heap.push_back(Entry(X.release()));
   }
   ~TClones() { FreeElements(Heap); }
-  void MoveInto(std::vector<E*>& H) { H.swap(Heap); }
+  void MoveInto(std::vector<S>& H) { H.swap(Heap); }
 };
 
 }  // namespace
@@ -218,9 +268,14 @@ void TCustomHeap::Assign(TPersistent* Source) {
     return;
   }
   if (const TMetaClass* Required = RequiredElementClass())
-    for (const THeapElement* E : Other->FHeap)
-      if (!E->InheritsFrom(Required)) throw EInvalidCast(SInvalidCast);
-  TClones<THeapElement> Copies = GuardMemory([&] { return TClones<THeapElement>(Other->FHeap, PoolOf(FPool)); });
+    for (const TSlot& E : Other->FHeap)
+      if (!E.Element->InheritsFrom(Required)) throw EInvalidCast(SInvalidCast);
+  TClones<TSlot> Copies = GuardMemory([&] {
+    return TClones<TSlot>(Other->FHeap, PoolOf(FPool), [this](THeapElement* X) {
+      THeapAccess::SetOwner(X, this);
+      return TSlot{KeyOf(X), X};
+    });
+  });
   Clear();
   FOrder = Other->FOrder;
   Copies.MoveInto(FHeap);
@@ -230,7 +285,14 @@ TObject* TCustomHeap::GetItem(std::int32_t Index) const { return GetElement(Inde
 
 THeapElement* TCustomHeap::GetElement(std::int32_t Index) const {
   CheckIndex(Index);
-  return FHeap[static_cast<std::size_t>(Index)];
+  return FHeap[static_cast<std::size_t>(Index)].Element;
+}
+
+TCustomHeap::TKey TCustomHeap::KeyOf(const THeapElement* Element) const { return TKey{.Item = Element->GetItem()}; }
+
+void TCustomHeap::ElementChanged(const THeapElement* Element, std::int32_t Index) {
+  if (Index >= 0 && static_cast<std::size_t>(Index) < FHeap.size() && FHeap[static_cast<std::size_t>(Index)].Element == Element)
+    FHeap[static_cast<std::size_t>(Index)].Key = KeyOf(Element);
 }
 
 void TCustomHeap::SetOrder(THeapOrder Value) {
@@ -240,7 +302,11 @@ void TCustomHeap::SetOrder(THeapOrder Value) {
 }
 
 THeapElement* TCustomHeap::Add(TObject* Item) {
-  return GuardMemory([&] { return Insert(MakeElement(Item)); });
+  return GuardMemory([&] {
+    std::unique_ptr<THeapElement> E = MakeElement(Item);
+    const TKey Key = KeyOf(E.get());
+    return Insert(std::move(E), Key);
+  });
 }
 
 std::unique_ptr<THeapElement> TCustomHeap::MakeElement(TObject* Item) {
@@ -248,8 +314,9 @@ std::unique_ptr<THeapElement> TCustomHeap::MakeElement(TObject* Item) {
   return FElementClass->Create(Item);
 }
 
-THeapElement* TCustomHeap::Insert(std::unique_ptr<THeapElement> Element) {
-  return InsertElement(FHeap, std::move(Element), [this](std::int32_t I) { PushUp(I); });
+THeapElement* TCustomHeap::Insert(std::unique_ptr<THeapElement> Element, TKey Key) {
+  THeapAccess::SetOwner(Element.get(), this);
+  return InsertEntry(FHeap, TSlot{Key, Element.release()}, [this](std::int32_t I) { PushUp(I); });
 }
 
 void TCustomHeap::Clear() { FreeAll(FHeap, FPool); }
@@ -279,24 +346,37 @@ std::int32_t THeap::Compare(TObject* A, TObject* B) const {
   return FCompare(A, B);
 }
 
+// Runs Run(Cmp) with a comparison that calls a plain function held by FCompare directly,
+// saving the indirection of the wrapper on every step of a sift; anything else, including
+// no comparison at all, goes through Compare.
+template <class F>
+decltype(auto) THeap::WithCompare(F&& Run) const {
+  using TFunction = std::int32_t (*)(TObject*, TObject*);
+  if (const TFunction* Target = FCompare.target<TFunction>(); Target && *Target)
+    return Run([Fn = *Target](TObject* A, TObject* B) { return Fn(A, B); });
+  return Run([this](TObject* A, TObject* B) { return Compare(A, B); });
+}
+
 THeapElement* THeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
-  return TObjectRules::PushUp(FHeap, FOrder, Index, KZ_HEAP_CMP);
+  return WithCompare([&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushUp(FHeap, FOrder, Index, Cmp); });
 }
 
 THeapElement* THeap::PushDown(std::int32_t Index) {
   CheckIndex(Index);
-  return TObjectRules::PushDown(FHeap, FOrder, Index, KZ_HEAP_CMP);
+  return WithCompare([&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushDown(FHeap, FOrder, Index, Cmp); });
 }
 
-std::int32_t THeap::IndexOf(TObject* Item) const { return TObjectRules::IndexOf(FHeap, FOrder, Item, KZ_HEAP_CMP); }
+std::int32_t THeap::IndexOf(TObject* Item) const {
+  return TObjectOps::IndexOf(FHeap, FOrder, Item, KZ_HEAP_CMP);
+}
 
 TObject* THeap::Delete(std::int32_t Index) {
   CheckIndex(Index);
   const std::int32_t Count = HeapCount();
   if (Index != Count - 1 && Count >= 3) CheckCompare();  // refuse before anything moves
   TObject* Result = Remove(Index);
-  if (Index < HeapCount() && TObjectRules::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP)) PushUp(Index);
+  if (Index < HeapCount() && TObjectOps::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP)) PushUp(Index);
   return Result;
 }
 
@@ -304,7 +384,8 @@ std::int32_t THeap::ModifyPriority(THeapElement* Element) { return ModifyPriorit
 
 std::int32_t THeap::ModifyPriority(std::int32_t Index) {
   CheckIndex(Index);
-  return (TObjectRules::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP) ? PushUp(Index) : PushDown(Index))->GetIndex();
+  ElementChanged(FHeap[static_cast<std::size_t>(Index)].Element, Index);
+  return (TObjectOps::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP) ? PushUp(Index) : PushDown(Index))->GetIndex();
 }
 
 // ---- TIntHeap ----
@@ -314,6 +395,10 @@ TIntHeap::TIntHeap() : TCustomHeap(&TIntHeapElement::ClassInfo()) {}
 TIntHeap::TIntHeap(TIntHeapElementClass ElementClass) : TCustomHeap(ElementClass) { TIntOps::CheckClass(ElementClass); }
 
 const TMetaClass* TIntHeap::RequiredElementClass() const { return &TIntHeapElement::ClassInfo(); }
+
+TCustomHeap::TKey TIntHeap::KeyOf(const THeapElement* Element) const {
+  return TKey{.Int = static_cast<const TIntHeapElement*>(Element)->GetPriority()};
+}
 
 THeapElement* TIntHeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
@@ -329,7 +414,7 @@ TIntHeapElement* TIntHeap::Add(TObject* Item, std::int32_t Priority) {
   return GuardMemory([&] {
     std::unique_ptr<THeapElement> E = MakeElement(Item);
     static_cast<TIntHeapElement*>(E.get())->SetPriority(Priority);
-    return static_cast<TIntHeapElement*>(Insert(std::move(E)));
+    return static_cast<TIntHeapElement*>(Insert(std::move(E), TKey{.Int = Priority}));
   });
 }
 
@@ -349,6 +434,7 @@ TObject* TIntHeap::Delete(std::int32_t Index) {
 
 std::int32_t TIntHeap::ModifyPriority(THeapElement* Element) {
   const std::int32_t I = CheckElement(Element);
+  ElementChanged(Element, I);
   return (TIntOps::ReverseTestPushUp(FHeap, FOrder, I) ? PushUp(I) : PushDown(I))->GetIndex();
 }
 
@@ -370,6 +456,10 @@ TFloatHeap::TFloatHeap(TFloatHeapElementClass ElementClass) : TCustomHeap(Elemen
 
 const TMetaClass* TFloatHeap::RequiredElementClass() const { return &TFloatHeapElement::ClassInfo(); }
 
+TCustomHeap::TKey TFloatHeap::KeyOf(const THeapElement* Element) const {
+  return TKey{.Float = static_cast<const TFloatHeapElement*>(Element)->GetPriority()};
+}
+
 THeapElement* TFloatHeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
   return TFloatOps::PushUp(FHeap, FOrder, Index);
@@ -384,7 +474,7 @@ TFloatHeapElement* TFloatHeap::Add(TObject* Item, float Priority) {
   return GuardMemory([&] {
     std::unique_ptr<THeapElement> E = MakeElement(Item);
     static_cast<TFloatHeapElement*>(E.get())->SetPriority(Priority);
-    return static_cast<TFloatHeapElement*>(Insert(std::move(E)));
+    return static_cast<TFloatHeapElement*>(Insert(std::move(E), TKey{.Float = Priority}));
   });
 }
 
@@ -404,6 +494,7 @@ TObject* TFloatHeap::Delete(std::int32_t Index) {
 
 std::int32_t TFloatHeap::ModifyPriority(THeapElement* Element) {
   const std::int32_t I = CheckElement(Element);
+  ElementChanged(Element, I);
   return (TFloatOps::ReverseTestPushUp(FHeap, FOrder, I) ? PushUp(I) : PushDown(I))->GetIndex();
 }
 
@@ -449,7 +540,9 @@ void TIHeap::Assign(TPersistent* Source) {
     Clear();
     return;
   }
-  TClones<TIHeapElement> Copies = GuardMemory([&] { return TClones<TIHeapElement>(Other->FHeap, PoolOf(FPool)); });
+  TClones<TIHeapElement*> Copies = GuardMemory([&] {
+    return TClones<TIHeapElement*>(Other->FHeap, PoolOf(FPool), [](TIHeapElement* X) { return X; });
+  });
   TICompareFunc Compare = Other->FCompare;
   Clear();
   FOrder = Other->FOrder;
@@ -472,12 +565,12 @@ void TIHeap::SetOrder(THeapOrder Value) {
 
 TIHeapElement* TIHeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
-  return TObjectRules::PushUp(FHeap, FOrder, Index, KZ_HEAP_CMP);
+  return TInterfaceOps::PushUp(FHeap, FOrder, Index, KZ_HEAP_CMP);
 }
 
 TIHeapElement* TIHeap::PushDown(std::int32_t Index) {
   CheckIndex(Index);
-  return TObjectRules::PushDown(FHeap, FOrder, Index, KZ_HEAP_CMP);
+  return TInterfaceOps::PushDown(FHeap, FOrder, Index, KZ_HEAP_CMP);
 }
 
 TIHeapElement* TIHeap::Add(const TIntfPtr<IInterface>& Item) {
@@ -487,7 +580,7 @@ TIHeapElement* TIHeap::Add(const TIntfPtr<IInterface>& Item) {
       TElementPool::TScope Scope(PoolOf(FPool));
       Element = FElementClass->Create(Item);
     }
-    return InsertElement(FHeap, std::move(Element), [this](std::int32_t I) { PushUp(I); });
+    return InsertEntry(FHeap, Element.release(), [this](std::int32_t I) { PushUp(I); });
   });
 }
 
@@ -502,21 +595,21 @@ TIntfPtr<IInterface> TIHeap::Delete(std::int32_t Index) {
   delete Removed;
   if (Index == 0) {
     if (FHeap.size() > 1) PushDown(0);
-  } else if (Index < GetCount() && TObjectRules::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP)) {
+  } else if (Index < GetCount() && TInterfaceOps::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP)) {
     PushUp(Index);
   }
   return Result;
 }
 
 std::int32_t TIHeap::IndexOf(const TIntfPtr<IInterface>& Item) const {
-  return TObjectRules::IndexOf(FHeap, FOrder, Item, KZ_HEAP_CMP);
+  return TInterfaceOps::IndexOf(FHeap, FOrder, Item, KZ_HEAP_CMP);
 }
 
 std::int32_t TIHeap::ModifyPriority(TIHeapElement* Element) { return ModifyPriority(CheckElement(Element)); }
 
 std::int32_t TIHeap::ModifyPriority(std::int32_t Index) {
   CheckIndex(Index);
-  return (TObjectRules::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP) ? PushUp(Index) : PushDown(Index))->GetIndex();
+  return (TInterfaceOps::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP) ? PushUp(Index) : PushDown(Index))->GetIndex();
 }
 
 }  // namespace kz

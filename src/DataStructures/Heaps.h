@@ -27,6 +27,19 @@ class TCustomHeap : public TPersistent {
  public:
   using TMeta = kz::TMetaClassOf<TCustomHeap>;
   KZ_CLASS(TCustomHeap, TPersistent)
+ protected:
+  /// A copy of what orders an element, kept beside it so that sifts compare contiguous
+  /// memory: the item (object heaps) or the priority (numeric heaps). The element stays the
+  /// truth; the heap rewrites the copy whenever the element's item or priority changes.
+  union TKey {
+    TObject* Item;
+    std::int32_t Int;
+    float Float;
+  };
+  struct TSlot {
+    TKey Key;
+    THeapElement* Element;
+  };
  public:
   /// Add makes THeapElement elements.
   TCustomHeap();
@@ -71,9 +84,9 @@ class TCustomHeap : public TPersistent {
  protected:
   /// A new element of the element class holding Item, in this heap's storage.
   std::unique_ptr<THeapElement> MakeElement(TObject* Item);
-  /// Appends Element (made by MakeElement, its Index set) and sifts it up. When the sift
-  /// raises the element is taken out and freed again before the error goes on.
-  THeapElement* Insert(std::unique_ptr<THeapElement> Element);
+  /// Appends Element (made by MakeElement) under Key and sifts it up. When the sift raises
+  /// the element is taken out and freed again before the error goes on.
+  THeapElement* Insert(std::unique_ptr<THeapElement> Element, TKey Key);
   /// Steps 1 to 4 of Delete: takes the element at Index out (freeing it), moves the last
   /// element into the gap and sifts down from the top when Index is 0. Answers the item.
   TObject* Remove(std::int32_t Index);
@@ -85,11 +98,18 @@ class TCustomHeap : public TPersistent {
   /// The number of elements, whatever a descendant's GetCount counts.
   std::int32_t HeapCount() const { return static_cast<std::int32_t>(FHeap.size()); }
 
-  std::vector<THeapElement*> FHeap;
+  /// The key this heap keeps for Element (the item; numeric heaps the priority).
+  virtual TKey KeyOf(const THeapElement* Element) const;
+  /// Rewrites the key of Element when it sits at Index.
+  void ElementChanged(const THeapElement* Element, std::int32_t Index);
+
+  std::vector<TSlot> FHeap;
   THeapOrder FOrder = hpIncreasing;
   THeapElementClass FElementClass;
 
  private:
+  friend class THeapElement;
+
   // The storage of the elements, made on first use; a pointer is checked against it before
   // it is read.
   std::unique_ptr<detail::TElementPool> FPool;
@@ -125,6 +145,8 @@ class THeap : public TCustomHeap {
  private:
   std::int32_t Compare(TObject* A, TObject* B) const;
   void CheckCompare() const;
+  template <class F>
+  decltype(auto) WithCompare(F&& Run) const;
   TCompareFunc FCompare;
 };
 
@@ -160,6 +182,7 @@ class TIntHeap : public TCustomHeap {
 
  protected:
   const TMetaClass* RequiredElementClass() const override;
+  TKey KeyOf(const THeapElement* Element) const override;
 };
 
 /// TIntHeap with single-precision priorities (elements are TFloatHeapElement or derived).
@@ -188,6 +211,7 @@ class TFloatHeap : public TCustomHeap {
 
  protected:
   const TMetaClass* RequiredElementClass() const override;
+  TKey KeyOf(const THeapElement* Element) const override;
 };
 
 /// THeap for counted interface references: each element holds one reference to its item

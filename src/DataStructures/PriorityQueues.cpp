@@ -143,14 +143,15 @@ void TPriorityList::FreeList(TKZObjectOrderedList* List) {
 
 void TPriorityList::FreeItem(TObject* Item) {
   if (!Item) return;
-  for (const THeapElement* E : FHeap)
-    if (auto* List = dynamic_cast<TKZObjectOrderedList*>(E->GetItem()); List && List->Contains(Item)) return;
+  for (const TSlot& E : FHeap)
+    if (auto* List = dynamic_cast<TKZObjectOrderedList*>(E.Element->GetItem()); List && List->Contains(Item)) return;
   delete Item;
 }
 
 void TPriorityList::Clear() {
   std::unordered_set<TObject*> Freed;
-  for (THeapElement* E : FHeap) {
+  for (const TSlot& Slot : FHeap) {
+    THeapElement* E = Slot.Element;
     auto* List = dynamic_cast<TKZObjectOrderedList*>(E->GetItem());
     if (!List) continue;
     if (FFreeIfNoPop)
@@ -176,7 +177,7 @@ void TPriorityList::Assign(TPersistent* Source) {
     for (std::int32_t I = 0; I < Other->HeapCount(); ++I) Lists.push_back(Other->ListAt(I)->Clone());
   });
   TIntHeap::Assign(Source);
-  for (std::size_t I = 0; I < Lists.size(); ++I) FHeap[I]->SetItem(Lists[I].release());
+  for (std::size_t I = 0; I < Lists.size(); ++I) FHeap[I].Element->SetItem(Lists[I].release());
 }
 
 }  // namespace kz

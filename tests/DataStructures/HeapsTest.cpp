@@ -87,6 +87,19 @@ TEST(Heaps, InteriorDeletesAndPrunedSearch) {
   P.Add(&C, 0);
   EXPECT_EQ(P.IndexOf(&C), 0);
   EXPECT_EQ(P.IndexOf(&B, 5), 1);
+  // An element changed in place is seen at once, before any ModifyPriority.
+  P.GetElement(0)->SetItem(&A);
+  static_cast<TIntHeapElement*>(P.GetElement(1))->SetPriority(9);
+  EXPECT_EQ(P.IndexOf(&A, 0), 0);
+  EXPECT_EQ(P.IndexOf(9), 1);
+  static_cast<TIntHeapElement*>(P.GetElement(1))->Clear(-1);
+  EXPECT_EQ(P.Delete(0), &A);
+  EXPECT_EQ(P.GetItem(0), nullptr);  // the cleared element's -1 is before the moved 5
+  TVal* Same = New(10);
+  EXPECT_EQ(H.IndexOf(X[1]), 3);
+  H.GetElement(3)->SetItem(Same);
+  EXPECT_EQ(H.IndexOf(Same), 3);
+  EXPECT_EQ(H.IndexOf(X[1]), -1);
 }
 
 TEST(Heaps, ModifyPriorityBothFormsBothOrders) {

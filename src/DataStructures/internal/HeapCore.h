@@ -1,9 +1,13 @@
-// The sifts and the pruned search shared by every heap of the unit, over an array of element
-// pointers whose Index fields the heap keeps equal to their positions.
+// The sifts and the pruned search shared by every heap of the unit, over an array of entries
+// (an element pointer, or a slot holding the element and a copy of what orders it) whose
+// elements' Index fields the heap keeps equal to their positions.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <new>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -26,48 +30,91 @@ struct THeapAccess {
   static void SetIndex(E* Element, std::int32_t Index) {
     Element->FIndex = Index;
   }
+  template <class E, class H>
+  static void SetOwner(E* Element, H* Heap) {
+    Element->FOwner = Heap;
+  }
 };
 
-/// Swaps the element at I with its parent while SwapUp(Parent, Child) holds, setting both
-/// Index fields at each swap. Answers the element finally at the end point.
-template <class E, class FSwapUp>
-E* SiftUp(std::vector<E*>& H, std::int32_t I, FSwapUp SwapUp) {
-  while (I > 0) {
-    const std::int32_t P = (I - 1) / 2;
-    if (!SwapUp(H[P], H[I])) break;
-    std::swap(H[P], H[I]);
-    // Both at once, so that a comparison raising mid-way leaves every Index true.
-    THeapAccess::SetIndex(H[P], P);
-    THeapAccess::SetIndex(H[I], I);
-    I = P;
-  }
-  THeapAccess::SetIndex(H[I], I);
-  return H[I];
+/// The element an entry of a heap's array holds.
+template <class S>
+auto* ElementOf(const S& Entry) {
+  if constexpr (std::is_pointer_v<S>)
+    return Entry;
+  else
+    return Entry.Element;
 }
 
-/// Swaps the element at I with the chosen child (the right one when TakeRight(Right, Left))
-/// while SwapDown(Child, Element) holds.
-template <class E, class FTakeRight, class FSwapDown>
-E* SiftDown(std::vector<E*>& H, std::int32_t I, FTakeRight TakeRight, FSwapDown SwapDown) {
-  const std::int64_t N = static_cast<std::int64_t>(H.size());
-  // 64-bit so that 2i + 2 cannot overflow however large the heap.
-  for (std::int64_t K = 2 * std::int64_t{I} + 1; K < N; K = 2 * std::int64_t{I} + 1) {
+/// Puts Entry at I and sets its element's Index.
+template <class S>
+void Put(std::vector<S>& H, std::size_t I, const S& Entry) {
+  H[I] = Entry;
+  THeapAccess::SetIndex(ElementOf(Entry), static_cast<std::int32_t>(I));
+}
+
+// The position a sift has emptied, and the entry that belongs there once the sift stops;
+// filled on the way out, also when a comparison raises, so that every Index stays true.
+template <class S>
+struct THole {
+  std::vector<S>& H;
+  const S Entry;
+  std::size_t At;
+  THole(std::vector<S>& AH, std::size_t AAt) : H(AH), Entry(AH[AAt]), At(AAt) {}
+  THole(const THole&) = delete;
+  ~THole() { Put(H, At, Entry); }
+};
+
+/// Moves the entry at I up past every parent for which MoveDown(Parent, Entry) holds, each
+/// such parent shifting down one level (one Index written per level). Answers its element.
+template <class S, class FMoveDown>
+auto* SiftUp(std::vector<S>& H, std::int32_t I, FMoveDown MoveDown) {
+  THole<S> Hole(H, static_cast<std::size_t>(I));
+  while (Hole.At > 0) {
+    const std::size_t P = (Hole.At - 1) / 2;
+    if (!MoveDown(H[P], Hole.Entry)) break;
+    Put(H, Hole.At, H[P]);
+    Hole.At = P;
+  }
+  return ElementOf(Hole.Entry);
+}
+
+/// Prefetches nothing beyond the entries.
+struct TNoLookAhead {
+  template <class S>
+  static void Touch(const S&) {}
+};
+
+/// Moves the entry at I down while MoveUp(Child, Entry) holds for the chosen child (the
+/// right one when TakeRight(Right, Left)), the child shifting up one level. Answers the
+/// entry's element. The sift prefetches the entries three levels down; Ahead::Touch(Entry)
+/// may prefetch what comparing an entry will read, and is called on the entries two levels
+/// down.
+template <class Ahead, class S, class FTakeRight, class FMoveUp>
+auto* SiftDown(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight, FMoveUp MoveUp) {
+  const std::size_t N = H.size();
+  THole<S> Hole(H, static_cast<std::size_t>(I));
+  // Positions stay below 2^31, so 8i + 14 cannot overflow a size_t.
+  for (std::size_t K = 2 * Hole.At + 1; K < N; K = 2 * Hole.At + 1) {
+    // Memory bound below the first levels: ask early for the entries three levels down and
+    // for what the entries two levels down point to.
+    if (const std::size_t Far = 8 * Hole.At + 7; Far < N) {
+      __builtin_prefetch(H.data() + Far);
+      __builtin_prefetch(H.data() + std::min(Far + 7, N - 1));
+    }
+    for (std::size_t G = 4 * Hole.At + 3, End = std::min(G + 4, N); G < End; ++G) Ahead::Touch(H[G]);
     if (K + 1 < N && TakeRight(H[K + 1], H[K])) ++K;
-    if (!SwapDown(H[K], H[I])) break;
-    std::swap(H[K], H[I]);
-    THeapAccess::SetIndex(H[K], static_cast<std::int32_t>(K));
-    THeapAccess::SetIndex(H[I], I);
-    I = static_cast<std::int32_t>(K);
+    if (!MoveUp(H[K], Hole.Entry)) break;
+    Put(H, Hole.At, H[K]);
+    Hole.At = K;
   }
-  THeapAccess::SetIndex(H[I], I);
-  return H[I];
+  return ElementOf(Hole.Entry);
 }
 
-/// Pre-order walk from the root, left subtree first. Visit(Element) answers 1 to stop at it,
+/// Pre-order walk from the root, left subtree first. Visit(Entry) answers 1 to stop at it,
 /// 0 to go on into its children, -1 to skip its subtree. Answers the index or -1. The
 /// recursion is as deep as the tree (at most 31 levels).
-template <class E, class FVisit>
-std::int32_t PreOrderFind(const std::vector<E*>& H, std::int64_t I, FVisit& Visit) {
+template <class S, class FVisit>
+std::int32_t PreOrderFind(const std::vector<S>& H, std::int64_t I, FVisit& Visit) {
   if (I >= static_cast<std::int64_t>(H.size())) return -1;
   const int V = Visit(H[static_cast<std::size_t>(I)]);
   if (V > 0) return static_cast<std::int32_t>(I);
@@ -76,16 +123,13 @@ std::int32_t PreOrderFind(const std::vector<E*>& H, std::int64_t I, FVisit& Visi
   return Left >= 0 ? Left : PreOrderFind(H, 2 * I + 2, Visit);
 }
 
-/// Takes the element at Index out of the array: the last element moves into the gap with
-/// its Index updated. Answers the removed element, which the caller frees.
-template <class E>
-E* TakeOut(std::vector<E*>& H, std::int32_t Index) {
+/// Takes the entry at Index out of the array: the last entry moves into the gap with its
+/// Index updated. Answers the removed element, which the caller frees.
+template <class S>
+auto* TakeOut(std::vector<S>& H, std::int32_t Index) {
   const std::size_t Last = H.size() - 1;
-  E* Removed = H[static_cast<std::size_t>(Index)];
-  if (static_cast<std::size_t>(Index) != Last) {
-    H[static_cast<std::size_t>(Index)] = H[Last];
-    THeapAccess::SetIndex(H[static_cast<std::size_t>(Index)], Index);
-  }
+  auto* Removed = ElementOf(H[static_cast<std::size_t>(Index)]);
+  if (static_cast<std::size_t>(Index) != Last) Put(H, static_cast<std::size_t>(Index), H[Last]);
   H.pop_back();
   return Removed;
 }
