@@ -1,7 +1,8 @@
 // Every reader of the text stream over arbitrary bytes, under each encoding and block size:
 // characters, lines, tokens, blanks, numbers and put-backs in an order the input chooses.
 // Promises checked: lines are the characters split at CR, LF and CR LF; a character put
-// back reads again; an integer read writes back and reads again the same.
+// back reads again; an integer read writes back and reads again the same; the stream's
+// readers answer as a subclass does, which reads every character a byte at a time.
 #include <memory>
 
 #include "FuzzSupport.h"
@@ -14,11 +15,51 @@ using kzfuzz::EncodingOf;
 
 namespace {
 
+// Reads through Read a byte at a time: the class reads from its block directly.
+class TByteReader : public TGTextStream {
+  KZ_CLASS(TByteReader, TGTextStream)
+ public:
+  using TGTextStream::TGTextStream;
+};
+
+template <class TReader = TGTextStream>
 struct TText {
   TText(const TBytes& Bytes, TEncoding* Enc, std::uint32_t Block) : M(Bytes), S(&M, Enc) { S.SetBufferSize(Block); }
   TMemoryStream M;
-  TGTextStream S;
+  TReader S;
 };
+
+// One reading step chosen by Op and A; answers what it read, or the error it raised.
+String Step(TGTextStream& S, std::uint8_t Op, std::uint8_t A) {
+  try {
+    switch (Op % 9) {
+      case 0: {
+        const Char C = S.GetChar();
+        if (C && kzfuzz::Accepts([&] { S.PutBack(C); })) Check(S.GetChar() == C, "a put-back character reads differently");
+        return String(1, C);
+      }
+      case 1: return S.GetLine();
+      case 2: return S.GetToken();
+      case 3: return S.GetToken(String(1, static_cast<Char>(A)), A & 1);
+      case 4: S.SkipSpaces(); return u"";
+      case 5: return S.SkipInLineSpaces() ? u"1" : u"0";
+      case 6: {
+        const std::int32_t V = S.GetInteger();
+        TMemoryStream Out;
+        TGTextStream W(&Out, TEncoding::UTF8());
+        W.Put(V).Close();
+        Out.SetPosition(0);
+        TGTextStream R(&Out, TEncoding::UTF8());
+        Check(R.GetInteger() == V, "an integer does not read back");
+        return IntToStr(V);
+      }
+      case 7: return FloatToStr(S.GetFloat());
+      default: S.PutBack(static_cast<Char>(A)); return u"";
+    }
+  } catch (const Exception& E) {
+    return u"!" + E.Message();
+  }
+}
 
 }  // namespace
 
@@ -33,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* Data, std::size_t Size
 
   // Lines against characters: split the characters up to the first 0 at the line ends.
   {
-    TText Chars(Content, Enc, Block), Lines(Content, Enc, Block);
+    TText<> Chars(Content, Enc, Block), Lines(Content, Enc, Block);
     String All;
     for (Char C; Chars.S.GetChar(C);) All += C;
     kzfuzz::Accepts([&] {
@@ -47,35 +88,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* Data, std::size_t Size
     });
   }
 
-  TText T(Content, Enc, Block);
+  TText<> T(Content, Enc, Block);
+  TText<TByteReader> Bytes(Content, Enc, Block);
   for (std::size_t i = 0; i < Ops; ++i) {
     const std::uint8_t Op = Program.Byte(), A = Program.Byte();
-    kzfuzz::Accepts([&] {
-      switch (Op % 9) {
-        case 0: {
-          const Char C = T.S.GetChar();
-          if (C && kzfuzz::Accepts([&] { T.S.PutBack(C); })) Check(T.S.GetChar() == C, "a put-back character reads differently");
-          break;
-        }
-        case 1: (void)T.S.GetLine(); break;
-        case 2: (void)T.S.GetToken(); break;
-        case 3: (void)T.S.GetToken(String(1, static_cast<Char>(A)), A & 1); break;
-        case 4: T.S.SkipSpaces(); break;
-        case 5: (void)T.S.SkipInLineSpaces(); break;
-        case 6: {
-          const std::int32_t V = T.S.GetInteger();
-          TMemoryStream Out;
-          TGTextStream W(&Out, TEncoding::UTF8());
-          W.Put(V).Close();
-          Out.SetPosition(0);
-          TGTextStream R(&Out, TEncoding::UTF8());
-          Check(R.GetInteger() == V, "an integer does not read back");
-          break;
-        }
-        case 7: (void)T.S.GetFloat(); break;
-        default: T.S.PutBack(static_cast<Char>(A)); break;
-      }
-    });
+    Check(Step(T.S, Op, A) == Step(Bytes.S, Op, A), "a reader answers differently from the byte-at-a-time one");
   }
   return 0;
 }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <typeinfo>
 
 #include "GStreams/BufferStream.h"
 #include "Runtime/Text.h"
@@ -54,9 +55,23 @@ std::int64_t TGBufferStream::GetBufferPosition() const {
 }
 
 std::int32_t TGBufferStream::FillBuffer() {
+  const auto ReadBlock = [this] {
+    return std::max(FStream->Read(FBuffer.get(), static_cast<std::int32_t>(FBufferSize)), 0);
+  };
   std::int32_t N = 0;
-  if (!IsEof()) {
-    N = std::max(FStream->Read(FBuffer.get(), static_cast<std::int32_t>(FBufferSize)), 0);
+  bool Filled = false;
+  // A file stream's size costs system calls, and its Read answers 0 at the end without
+  // other effect: read first, and only when nothing came ask the end-of-file test, which
+  // then decides as if it had been asked first (not at the end: read again).
+  if (FStream && FBufferPtr == FBufferEnd && typeid(*FStream) == typeid(TFileStream)) {
+    N = ReadBlock();
+    Filled = N > 0;
+  }
+  if (!Filled && !IsEof()) {
+    N = ReadBlock();
+    Filled = true;
+  }
+  if (Filled) {
     FBufferPtr = FBuffer.get();
     FBufferEnd = FBuffer.get() + N;
   }

@@ -1,6 +1,10 @@
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <memory>
+#include <typeinfo>
 #include <vector>
 
 #include "GStreams/TextStream.h"
@@ -101,20 +105,21 @@ namespace {
 enum : std::uint8_t { fkOther, fkUTF8, fkAnsi, fkUTF16LE, fkUTF16BE };
 }  // namespace
 
-std::uint8_t TGTextStream::FastKind() {
-  if (FEncoding != FFastFor) {
-    FFastFor = FEncoding;
-    FFastKind = !FEncoding                               ? fkOther
-                : FEncoding == TEncoding::UTF8()             ? fkUTF8
-                : FEncoding == TEncoding::Default()          ? fkAnsi
-                : FEncoding == TEncoding::Unicode()          ? fkUTF16LE
-                : FEncoding == TEncoding::BigEndianUnicode() ? fkUTF16BE
-                                                             : fkOther;
-  }
+std::uint8_t TGTextStream::NewFastKind() {
+  FFastFor = FEncoding;
+  // A subclass may read, fill or count differently: it keeps the byte-at-a-time path.
+  // typeid names the complete object's class; no constructor of the class reads.
+  FFastKind = !FEncoding || typeid(*this) != typeid(TGTextStream) ? fkOther
+              : FEncoding == TEncoding::UTF8()                    ? fkUTF8
+              : FEncoding == TEncoding::Default()                 ? fkAnsi
+              : FEncoding == TEncoding::Unicode()                 ? fkUTF16LE
+              : FEncoding == TEncoding::BigEndianUnicode()        ? fkUTF16BE
+                                                                  : fkOther;
+  FAsciiFor = FFastKind == fkUTF8 || FFastKind == fkAnsi ? FEncoding : nullptr;
   return FFastKind;
 }
 
-Char TGTextStream::GetChar() {
+Char TGTextStream::GetCharBlock() {
   // Straight from the block when it holds the whole character: the same answer as the
   // gathering loop, which the standard encodings make cheap to predict.
   if (FState == bsRead && FBufferPtr && FBufferPtr < FBufferEnd) {
@@ -178,32 +183,130 @@ void TGTextStream::SkipToEnd() {
   }
 }
 
-bool TGTextStream::GetChar(Char& AChar) {
-  AChar = GetChar();
-  return AChar != 0;
+namespace {
+constexpr std::uint64_t Ones = 0x0101010101010101u, Tops = 0x8080808080808080u;
+
+// Eight bytes at once: the top bit of each byte of 0..13 or 128..255 (the low seven bits
+// plus 114 reach 128 exactly from 14 on, and carry into no other byte).
+inline std::uint64_t OutsideMarks(const Byte* P) {
+  std::uint64_t W;
+  std::memcpy(&W, P, 8);
+  return (~((W & ~Tops) + Ones * 114) | W) & Tops;
 }
 
-String TGTextStream::GetLine() {
-  String R;
-  Char C;
+// Whether a byte of [P, End) lies outside 14..127; no early exit, so it runs straight.
+bool AnyOutside(const Byte* P, const Byte* End) {
+  std::uint64_t Marks = 0;
+  if (End - P < 8) {
+    for (; P < End; ++P) Marks |= *P < 14 || *P >= 0x80;
+    return Marks != 0;
+  }
+  for (; End - P > 8; P += 8) Marks |= OutsideMarks(P);
+  return (Marks | OutsideMarks(End - 8)) != 0;  // the last word may overlap the one before
+}
+
+// The end of the run of ASCII bytes from P that a line holds: none of 0, LF, CR.
+const Byte* AsciiLineRun(const Byte* P, const Byte* End) {
   for (;;) {
-    if (FState == bsRead && FBufferPtr && (FastKind() == fkUTF8 || FFastKind == fkAnsi)) {
-      // A run of plain ASCII characters reads as the bytes themselves.
-      Byte* const First = FBufferPtr;
-      Byte* const End = FBufferEnd;
-      Byte* P = First;
-      while (P < End && *P < 0x80 && *P > 13) ++P;
-      while (P < End && *P < 0x80 && *P != 10 && *P != 13 && *P != 0) ++P;
-      const std::size_t Old = R.size();
-      R.resize(Old + static_cast<std::size_t>(P - First));
-      Char* D = R.data() + Old;
-      for (const Byte* Q = First; Q < P;) *D++ = *Q++;
-      FBufferPtr = P;
+    for (; End - P >= 8; P += 8)
+      if (const std::uint64_t Marks = OutsideMarks(P)) {
+        P += (std::endian::native == std::endian::little ? std::countr_zero(Marks) : std::countl_zero(Marks)) / 8;
+        break;
+      }
+    while (P < End && *P < 0x80 && *P > 13) ++P;
+    if (P == End || *P >= 0x80 || *P == 0 || *P == 10 || *P == 13) return P;
+    ++P;  // a control character inside the line
+  }
+}
+}  // namespace
+
+String TGTextStream::GetLine() {
+  // This very class under an encoding that reads ASCII as itself: GetChar and PutBack are
+  // its own, so the block may be read directly wherever that gives what they would.
+  if (const std::uint8_t Kind = FastKind();
+      (Kind == fkUTF8 || Kind == fkAnsi) && FState == bsRead && FBufferPtr < FBufferEnd) {
+    // The common line: an LF in the block with plain ASCII before it.
+    const Byte* const First = FBufferPtr;
+    if (const void* Found = std::memchr(First, 10, static_cast<std::size_t>(FBufferEnd - First))) {
+      const Byte* const Lf = static_cast<const Byte*>(Found);
+      if (!AnyOutside(First, Lf)) {
+        FBufferPtr += Lf - First + 1;
+        return String(First, Lf);
+      }
+      // UTF-8 with whole well-formed sequences of two or three bytes between runs of ASCII
+      // reads in one pass too; anything else (a CR, a 0, a byte that does not decode so,
+      // the default encoding's upper half) goes piece by piece from the start.
+      if (Kind == fkUTF8) {
+        String R(static_cast<std::size_t>(Lf - First), u'\0');  // at most a character a byte
+        Char* D = R.data();
+        for (const Byte* P = First;;) {
+          const Byte* const Run = AsciiLineRun(P, Lf);
+          D = std::copy(P, Run, D);
+          P = Run;
+          if (P == Lf) {
+            R.resize(static_cast<std::size_t>(D - R.data()));
+            FBufferPtr += Lf - First + 1;
+            return R;
+          }
+          char32_t Cp;
+          bool Truncated;
+          const std::size_t Step = *P < 0x80 ? 0 : Utf8Step(P, static_cast<std::size_t>(Lf - P), Cp, Truncated);
+          if (Step < 2 || Truncated || Cp >= 0x10000 || Cp == 0xFFFD) break;
+          *D++ = static_cast<Char>(Cp);
+          P += Step;
+        }
+      }
     }
-    if (!GetChar(C) || C == 10 || C == 13) break;
+  }
+  return GetLinePieces();
+}
+
+String TGTextStream::GetLinePieces() {
+  if (FastKind() != fkUTF8 && FFastKind != fkAnsi) {
+    String R;
+    Char C;
+    while (GetChar(C) && C != 10 && C != 13) R += C;
+    if (C == 13 && GetChar(C) && C != 10) PutBack(C);
+    return R;
+  }
+  String R;
+  Char C = 0;
+  for (;;) {
+    if (FState == bsRead && FEncoding == FAsciiFor && FBufferPtr < FBufferEnd) {
+      const Byte* const First = FBufferPtr;
+      const Byte* const End = FBufferEnd;
+      const Byte* P = AsciiLineRun(First, End);
+      if (R.empty() && P < End && *P >= 0x80) {
+        // More pieces follow: room for the rest of the line in the block, at most a
+        // character per byte, spares growing the line piece by piece.
+        const void* Lf = std::memchr(P, 10, static_cast<std::size_t>(End - P));
+        R.reserve(static_cast<std::size_t>((Lf ? static_cast<const Byte*>(Lf) : End) - First));
+      }
+      const auto N = static_cast<std::size_t>(P - First);
+      if (R.empty() && R.capacity() < N) {
+        R = String(First, P);
+      } else {
+        const std::size_t Old = R.size();
+        R.resize(Old + N);
+        std::copy(First, P, R.begin() + static_cast<std::ptrdiff_t>(Old));
+      }
+      FBufferPtr += P - First;
+      // A line end in the block, with what follows a CR there and ASCII: GetChar would take
+      // it, PutBack would store the same byte again. Anything else goes the long way.
+      if (P < End && *P == 10) {
+        ++FBufferPtr;
+        return R;
+      }
+      if (End - P >= 2 && *P == 13 && P[1] < 0x80 && P[1] != 0) {
+        FBufferPtr += P[1] == 10 ? 2 : 1;
+        return R;
+      }
+    }
+    if (!TakeAscii(C)) C = GetCharBlock();
+    if (C == 0 || C == 10 || C == 13) break;
     R += C;
   }
-  if (C == 13 && GetChar(C) && C != 10) PutBack(C);
+  if (C == 13 && TGTextStream::GetChar(C) && C != 10) PutBack(C);
   return R;
 }
 

@@ -29,8 +29,10 @@ namespace kz {
 /// two or more characters before one completes (a UTF-8 surrogate pair, an ill-formed
 /// UTF-8 sequence followed by more bytes), no later byte can make it one: the rest of the
 /// stream is skipped and GetChar answers 0. An encoding that has not completed a character
-/// after 16 bytes gives U+FFFD for them. Single-byte text, UTF-8 and UTF-16 are read
-/// straight from the block when it holds the whole character, with the same results.
+/// after 16 bytes gives U+FFFD for them. Under the library's own encodings an object of
+/// this very class reads a character straight from the block when the block holds all of
+/// it, with the same results (ASCII under UTF-8 and the default encoding in line);
+/// subclasses always read through Read a byte at a time.
 /// Writers answer the stream so that calls chain; a short write raises EWriteError.
 class TGTextStream : public TGBufferStream {
   KZ_CLASS(TGTextStream, TGBufferStream)
@@ -58,12 +60,18 @@ class TGTextStream : public TGBufferStream {
 
   // Reading.
   /// The next character, 0 at the end of the stream.
-  virtual Char GetChar();
+  virtual Char GetChar() {
+    Char C;
+    return TakeAscii(C) ? C : GetCharBlock();
+  }
   /// AChar := GetChar; answers AChar != 0.
-  virtual bool GetChar(Char& AChar);
-  /// Up to CR, LF, CR LF or the end; the line end is consumed, not returned. Runs of ASCII
-  /// under UTF-8 and the default encoding are taken from the block directly, so a subclass
-  /// that overrides GetChar overrides GetLine too.
+  virtual bool GetChar(Char& AChar) {
+    if (!TakeAscii(AChar)) AChar = GetChar();
+    return AChar != 0;
+  }
+  /// Up to CR, LF, CR LF or the end; the line end is consumed, not returned. Reads through
+  /// GetChar, except that this very class takes runs of ASCII under UTF-8 and the default
+  /// encoding (and whole UTF-8 sequences) from the block at once, with the same results.
   virtual String GetLine();
   /// Up to (not including) the next delimiter; leading delimiters are not skipped, so at a
   /// delimiter the token is empty and the stream does not move.
@@ -126,10 +134,25 @@ class TGTextStream : public TGBufferStream {
 
  private:
   TGTextStream(std::unique_ptr<TStream> Owned, TEncoding* Encoding);
+  /// The next byte when it is ASCII, under an encoding that reads it as itself, and this
+  /// object is of this very class (FAsciiFor says so); otherwise false, nothing read.
+  bool TakeAscii(Char& C) {
+    if (FState != bsRead || FEncoding != FAsciiFor || !FAsciiFor || FBufferPtr >= FBufferEnd || *FBufferPtr >= 0x80)
+      return false;
+    C = *FBufferPtr++;
+    return true;
+  }
+  /// GetLine past a line of plain ASCII that the block holds up to its LF.
+  String GetLinePieces();
+  /// GetChar past the ASCII case: a whole character from the block, else byte by byte.
+  Char GetCharBlock();
   Char GetCharSlow();
-  /// Which standard encoding FEncoding is (0: none of them), cached per encoding.
-  std::uint8_t FastKind();
+  /// Which standard encoding FEncoding is (0: none of them, or a subclass reading), cached
+  /// per encoding.
+  std::uint8_t FastKind() { return FEncoding == FFastFor ? FFastKind : NewFastKind(); }
+  std::uint8_t NewFastKind();
   const TEncoding* FFastFor = nullptr;
+  const TEncoding* FAsciiFor = nullptr;
   std::uint8_t FFastKind = 0;
   /// Skips everything left to read.
   void SkipToEnd();

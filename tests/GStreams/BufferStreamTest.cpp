@@ -131,6 +131,30 @@ TEST(GBufferStream, PutBackIsLimitedToConsumedBytesOfTheBlock) {
   B.Seek(1, soBeginning);  // moving seek: nothing consumed any more
   B.Read(Buf, 1);
   EXPECT_EQ(Message([&] { B.PutBack(Char{1}); }), "Overflow on push back");
+
+  // Over a file: a fill at the end keeps the last block (its bytes can still be put back),
+  // a fill past the end empties it.
+  const String Path = (std::filesystem::temp_directory_path() / "kz_buffer_stream.bin").u16string();
+  {
+    TFileStream Out(Path, fmCreate);
+    Out.WriteBuffer(Range(10).data(), 10);
+  }
+  TFileStream In(Path, fmOpenRead);
+  TGBufferStream F(&In);
+  F.SetBufferSize(4);
+  int Fills = 0;
+  F.SetOnFillBuffer([&](TObject*) { ++Fills; });
+  Byte All[11];
+  EXPECT_EQ(F.Read(All, 11), 10);
+  EXPECT_EQ(Fills, 4);
+  EXPECT_TRUE(F.IsEof());
+  F.PutBack(Byte{0xEE});
+  EXPECT_EQ(F.Read(All, 2), 1);
+  EXPECT_EQ(All[0], 0xEE);
+  F.Seek(20, soBeginning);
+  EXPECT_EQ(F.Read(All, 1), 0);
+  EXPECT_EQ(Message([&] { F.PutBack(Byte{1}); }), "Overflow on push back");
+  std::filesystem::remove(std::filesystem::path(Path));
 }
 
 TEST(GTextStream, DetectsMarksOnReadAndWritesThemFirst) {

@@ -10,9 +10,17 @@ using namespace kz;
 
 namespace {
 
+// A subclass: it reads every character a byte at a time through Read.
+class TByteReader : public TGTextStream {
+  KZ_CLASS(TByteReader, TGTextStream)
+ public:
+  using TGTextStream::TGTextStream;
+};
+
 // A text stream over the given bytes in one encoding.
-struct TTextOver {
-  explicit TTextOver(const std::string& Bytes, TEncoding* Enc = TEncoding::UTF8(), std::uint32_t Block = 64)
+template <class TReader = TGTextStream>
+struct TTextOverT {
+  explicit TTextOverT(const std::string& Bytes, TEncoding* Enc = TEncoding::UTF8(), std::uint32_t Block = 64)
       : M(TBytes(Bytes.begin(), Bytes.end())), S(&M, Enc) {
     S.SetBufferSize(Block);
   }
@@ -27,8 +35,9 @@ struct TTextOver {
     return R;
   }
   TMemoryStream M;
-  TGTextStream S;
+  TReader S;
 };
+using TTextOver = TTextOverT<>;
 
 // What Write puts into a UTF-8 text stream.
 template <class F>
@@ -71,6 +80,41 @@ TEST(TextStream, CharactersUnderEachEncoding) {
   EXPECT_EQ(TTextOver(std::string("\0h\x20\xAC", 4), TEncoding::BigEndianUnicode(), 3).Chars(), u"h\u20AC");
   EXPECT_EQ(TTextOver("\x80\xE9", TEncoding::Default()).Chars(), u"\u20AC\u00E9");
   EXPECT_EQ(TTextOver("\xEF\xBB\xBF\xC3\xA9", nullptr).Chars(), u"\u00E9");  // the mark decides
+}
+
+TEST(TextStream, BlockReadsMatchByteReads) {
+  const std::string Texts[] = {
+      "plain line\nlonger than eight bytes here\r\nthird\rfourth",
+      "tab\tinside\x01" "control\nx\n",
+      std::string("a\r\0b\nc\r", 7),                 // a CR before a 0 and at the end
+      "ab\r\x80" "c\n\r\xC3\xA9\n",                  // a CR before bytes that re-encode
+      "\xC3\xA9t\xC3\xA9 \xE2\x82\xAC and a long ASCII tail\n\xC3",
+      "x\xF0\x9F\x98\x80y\n",                         // a surrogate pair
+      "0123456789abcdef0123\xE2\x82\nabc",
+      "\xEF\xBB\xBFmarked\nline\x7F\x0E\r\n",
+      std::string("\xFF\xFEh\0i\0\n\0\r\0\xAC\x20", 12),
+  };
+  TEncoding* const Encodings[] = {nullptr, TEncoding::Default(), TEncoding::UTF8(), TEncoding::Unicode(),
+                                  TEncoding::BigEndianUnicode()};
+  for (const std::string& T : Texts)
+    for (TEncoding* E : Encodings)
+      for (std::uint32_t Block : {1u, 3u, 8u, 64u}) {
+        SCOPED_TRACE(T + " / " + std::to_string(Block));
+        // Each line, or the error that a put-back after a CR raised.
+        const auto Lines = [&](TGTextStream& S) {
+          String R;
+          for (int i = 0; i < 8; ++i) try {
+              R += S.GetLine() + u"|";
+            } catch (const Exception& X) {
+              R += X.Message() + u"|";
+            }
+          return R + (S.GetEncoding() ? S.GetEncoding()->GetEncodingName() : u"none");
+        };
+        TTextOver Block1(T, E, Block), Chars(T, E, Block);
+        TTextOverT<TByteReader> Bytes1(T, E, Block), ByteChars(T, E, Block);
+        EXPECT_EQ(Lines(Block1.S), Lines(Bytes1.S));
+        EXPECT_EQ(Chars.Chars(), ByteChars.Chars());
+      }
 }
 
 TEST(TextStream, TokensNumbersAndPutBack) {
