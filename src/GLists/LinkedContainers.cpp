@@ -51,11 +51,16 @@ TObject* TGQueue::Top() const {
 
 TObject* TGQueue::Pop() {
   TObject* Result = Top();
-  Delete(FHead);
+  if (const TExact Kind = Exact(); Kind == TExact::Queue || Kind == TExact::Stack)
+    DeleteHead();
+  else
+    Delete(FHead);
   return Result;
 }
 
 TSQNode* TGQueue::Push(TObject* Value) {
+  if (const TExact Kind = Exact(); Kind == TExact::Queue || Kind == TExact::Stack)
+    return PushNewNode(Value, Kind == TExact::Stack);
   std::unique_ptr<TSQNode> Node = NewNode();
   TSQNode* Result = AddNode(Node.get());
   Node.release();
@@ -74,7 +79,9 @@ void TGStack::Assign(TPersistent* Source) {
 // ---------------------------------------------------------------------------------------------
 // TGStringQueue, TGStringStack
 
-std::unique_ptr<TSQNode> TGStringQueue::NewNode() const { return std::make_unique<TSQStringNode>(); }
+std::unique_ptr<TSQNode> TGStringQueue::NewNode() const {
+  return std::unique_ptr<TSQNode>(new (NodePool()) TSQStringNode());
+}
 
 TSQStringNode* TGStringQueue::PushString(const String& Value) { return PushItem(Value, nullptr); }
 
@@ -191,7 +198,9 @@ void TGStringStack::Assign(TPersistent* Source) {
 // ---------------------------------------------------------------------------------------------
 // TGPriorityQueue
 
-std::unique_ptr<TSQNode> TGPriorityQueue::NewNode() const { return std::make_unique<TSQPriorityNode>(0); }
+std::unique_ptr<TSQNode> TGPriorityQueue::NewNode() const {
+  return std::unique_ptr<TSQNode>(new (NodePool()) TSQPriorityNode(0));
+}
 
 void TGPriorityQueue::AddLinkedList(TGCustomLinkedList* LinkedList) { AddCopies(LinkedList, true); }
 
@@ -225,7 +234,7 @@ TSQNode* TGPriorityQueue::Insert(TSQNode* ANode, TSQNode*) {
 }
 
 TSQPriorityNode* TGPriorityQueue::PushP(TObject* Value, std::int32_t APriority) {
-  auto Node = std::make_unique<TSQPriorityNode>(APriority);
+  std::unique_ptr<TSQPriorityNode> Node(new (NodePool()) TSQPriorityNode(APriority));
   Node->SetItem(Value);
   AddNode(Node.get());
   return Node.release();
@@ -239,7 +248,7 @@ TSQPriorityNode* TGPriorityQueue::ChangePriority(TSQNode* ANode, std::int32_t Ne
 // TGPriorityStringQueue
 
 std::unique_ptr<TSQNode> TGPriorityStringQueue::NewNode() const {
-  return std::make_unique<TSQPriorityStringNode>(0);
+  return std::unique_ptr<TSQNode>(new (NodePool()) TSQPriorityStringNode(0));
 }
 
 void TGPriorityStringQueue::AddLinkedList(TGCustomLinkedList* LinkedList) { AddCopies(LinkedList, true); }
@@ -265,14 +274,14 @@ TSQNode* TGPriorityStringQueue::Insert(TSQNode* ANode, TSQNode*) {
 }
 
 TSQPriorityStringNode* TGPriorityStringQueue::PushP(const String& Value, std::int32_t APriority) {
-  auto Node = std::make_unique<TSQPriorityStringNode>(APriority);
+  std::unique_ptr<TSQPriorityStringNode> Node(new (NodePool()) TSQPriorityStringNode(APriority));
   Node->SetValue(Value);
   AddNode(Node.get());
   return Node.release();
 }
 
 TSQPriorityStringNode* TGPriorityStringQueue::PushItemP(const String&, TObject* AnObject, std::int32_t APriority) {
-  auto Node = std::make_unique<TSQPriorityStringNode>(APriority);
+  std::unique_ptr<TSQPriorityStringNode> Node(new (NodePool()) TSQPriorityStringNode(APriority));
   Node->SetItem(AnObject);
   Insert(Node.get(), nullptr);
   return Node.release();

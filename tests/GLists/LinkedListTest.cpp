@@ -2,6 +2,7 @@
 // brackets, and what stays alive where a replaced node is still referred to.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <vector>
 
 #include "GLists/GLists.h"
@@ -207,5 +208,23 @@ TEST(GLinkedList, ReplacedNodesStayAliveWhileReferredTo) {
     EXPECT_EQ(New->GetNext(), nullptr);
     TSQNode Plain;
     EXPECT_THROW(F.L.SetNode(0, &Plain), EInvalidCast);
+  }
+  {
+    // Nodes a list made outlive it: one still unadopted, one adopted by another list, and
+    // the freed slots of a list are reused by its next nodes.
+    auto Maker = std::make_unique<TGLinkedList>();
+    std::unique_ptr<TSQNode> Loose = Maker->NewNode();
+    TGLinkedList Other;
+    TSQNode* Moved = Other.Insert(Maker->NewNode().release(), nullptr);
+    TSQNode* First = Maker->Add(Obj(1));
+    Maker->Delete(First);
+    EXPECT_EQ(Maker->Add(Obj(2)), First);
+    Maker.reset();
+    Loose->SetItem(Obj(3));
+    Other.Add(Obj(4));
+    EXPECT_EQ(Other.GetNode(0), Moved);
+    EXPECT_EQ(Other.GetItem(1), Obj(4));
+    Loose.reset();
+    Other.Clear();
   }
 }
