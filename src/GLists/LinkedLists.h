@@ -63,7 +63,7 @@ class TGCustomLinkedList : public TPersistent {
   virtual void AddLinkedList(TGCustomLinkedList* LinkedList);
   virtual void BeginUpdate();
   /// Frees every node; Count drops by one per node of the chain from Head. Notifies, also
-  /// when empty.
+  /// when empty. Returns the node store's memory when none of its nodes is alive.
   virtual void Clear();
   /// Closes an update; at depth 0 (also for an EndUpdate without BeginUpdate) calls Change.
   virtual void EndUpdate();
