@@ -3,6 +3,7 @@
 #include <new>
 #include <typeinfo>
 
+#include "GLists/internal/FreshNode.h"
 #include "GLists/internal/NodeCast.h"
 #include "GLists/internal/NodePool.h"
 #include "Runtime/Lists.h"
@@ -202,7 +203,7 @@ std::unique_ptr<TSQNode> TGCustomLinkedList::NewNode() const {
 }
 
 TSQNode* TGCustomLinkedList::Add(TObject* AnObject) {
-  std::unique_ptr<TSQNode> Node = NewNode();
+  detail::TFreshNode<TSQNode> Node(NewNode().release());
   Node->SetItem(AnObject);
   AddNode(Node.get());
   return Node.release();
@@ -329,7 +330,7 @@ void TGCustomLinkedList::AddCopies(TGCustomLinkedList* Source, bool CopyPriority
     TSQNode* N = Source->FHead;
     // Bounded by the source's count at the start, so that a list copied into itself ends.
     for (std::int32_t Left = Source->FCount; N && Left > 0; --Left) {
-      std::unique_ptr<TSQNode> Copy = NewNode();
+      detail::TFreshNode<TSQNode> Copy(NewNode().release());
       Copy->Assign(N);
       if (CopyPriority) {
         if (auto* From = dynamic_cast<TSQPriorityNode*>(N))

@@ -77,7 +77,8 @@ class TGCustomLinkedList : public TPersistent {
   [[nodiscard]] virtual TSQNode* Find(TSQNode* ANode) const;
   /// Links ANode in front of BeforeNode, or at the end when BeforeNode is null, and adopts
   /// it; answers ANode. ANode must be a free node (null raises EAccessViolation, a node of
-  /// a list "Node already belongs to a list"); after an error the caller still owns it.
+  /// a list "Node already belongs to a list"); after such an error the caller still owns
+  /// it. An OnChange handler that raises does so after the adoption: the list keeps it.
   virtual TSQNode* Insert(TSQNode* ANode, TSQNode* BeforeNode);
   /// A fresh node of this list's node class. Its memory comes from the list's node store
   /// (freed slots are reused; the store goes with the list, or with the last of its nodes

@@ -142,6 +142,16 @@ TEST(GLinkedList, NotificationsAndUpdates) {
   G.L.AddLinkedList(&G.L);  // into itself: each node copied once
   EXPECT_EQ(G.Chain(), (V{1, 2, 3, 1, 2, 3}));
   EXPECT_EQ(G.Changes, 1);
+
+  // A handler that raises after the node was adopted leaves the node with the list, which
+  // frees it once.
+  TGLinkedList R;
+  TGStringQueue S;
+  R.SetOnChange([](TObject*) { throw EListError(u"refused"); });
+  S.SetOnChange([](TObject*) { throw EListError(u"refused"); });
+  EXPECT_THROW(R.Add(Obj(1)), EListError);
+  EXPECT_THROW(S.PushString(u"a"), EListError);
+  EXPECT_EQ(R.GetCount() + S.GetCount(), 2);
 }
 
 TEST(GLinkedList, EnumeratorWalksNodesAndOutlivesRemovals) {
