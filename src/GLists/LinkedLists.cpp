@@ -104,13 +104,18 @@ void TGCustomLinkedList::NodeLeaving(TSQNode* ANode) noexcept {
     }
 }
 
-void TGCustomLinkedList::FreeNode(TSQNode* ANode) noexcept {
-  if (FEnumerators) NodeLeaving(ANode);
+void TGCustomLinkedList::KeptLinksPast(TSQNode* ANode) noexcept {
   for (TSQNode* K : FKept) {
     if (K->FNext == ANode) K->FNext = ANode->FNext;
     if (auto* D = dynamic_cast<TSQDoubleNode*>(K))
       if (D->GetPrevious() == ANode) D->SetPrevious(static_cast<TSQDoubleNode*>(ANode)->GetPrevious());
   }
+}
+
+void TGCustomLinkedList::FreeNode(TSQNode* ANode) noexcept {
+  // The rare cases out of line, so that the common free stays small enough to inline.
+  if (FEnumerators) NodeLeaving(ANode);
+  if (!FKept.empty()) KeptLinksPast(ANode);
   if (ANode->FOwnNext == ANode) {
     FOwned = nullptr;
   } else {

@@ -164,7 +164,7 @@ class TGCustomLinkedList : public TPersistent {
   /// Frees a node this list owns.
   void FreeNode(TSQNode* ANode) noexcept;
   /// Tells the enumerators that ANode leaves the chain (they go on with its successor).
-  void NodeLeaving(TSQNode* ANode) noexcept;
+  [[gnu::noinline]] void NodeLeaving(TSQNode* ANode) noexcept;
   /// The node after N on a walk; raises when N is null.
   static TSQNode* Step(TSQNode* N);
   /// Raises "Node links do not reach the end of the list" once a walk took more steps
@@ -182,6 +182,8 @@ class TGCustomLinkedList : public TPersistent {
  private:
   friend class TGCustomLinkedListEnumerator;
   void FreeAll() noexcept;
+  /// Moves the links of kept nodes that lead to ANode on past it.
+  [[gnu::noinline]] void KeptLinksPast(TSQNode* ANode) noexcept;
   detail::TNodePool* MakeNodePool() const;
   TExact FindExact() const;
 
