@@ -3,6 +3,7 @@
 #include "Runtime/Filer.h"
 #include "Runtime/StringLists.h"
 #include "Runtime/Text.h"
+#include "GLists/internal/FreshNode.h"
 #include "GLists/internal/NodeCast.h"
 #include "Runtime/WithinUpdate.h"
 
@@ -28,7 +29,7 @@ bool AssignStack(TStack& Self, TPersistent* Source) {
 // A new node with ANode's item (and string) and NewPriority is inserted, then ANode deleted.
 template <class TNode>
 TNode* WithNewPriority(TGCustomLinkedList& Queue, TSQNode* ANode, std::int32_t NewPriority) {
-  std::unique_ptr<TSQNode> Owned = Queue.NewNode();
+  detail::TFreshNode<TSQNode> Owned(Queue.NewNode().release());
   auto* Node = detail::NodeAs<TNode>(Owned.get());
   Node->Assign(ANode);
   Node->SetPriority(NewPriority);
@@ -51,12 +52,17 @@ TObject* TGQueue::Top() const {
 
 TObject* TGQueue::Pop() {
   TObject* Result = Top();
-  Delete(FHead);
+  if (const TExact Kind = Exact(); Kind == TExact::Queue || Kind == TExact::Stack)
+    DeleteHead();
+  else
+    Delete(FHead);
   return Result;
 }
 
 TSQNode* TGQueue::Push(TObject* Value) {
-  std::unique_ptr<TSQNode> Node = NewNode();
+  if (const TExact Kind = Exact(); Kind == TExact::Queue || Kind == TExact::Stack)
+    return PushNewNode(Value, Kind == TExact::Stack);
+  detail::TFreshNode<TSQNode> Node(NewNode().release());
   TSQNode* Result = AddNode(Node.get());
   Node.release();
   Result->SetItem(Value);
@@ -74,12 +80,14 @@ void TGStack::Assign(TPersistent* Source) {
 // ---------------------------------------------------------------------------------------------
 // TGStringQueue, TGStringStack
 
-std::unique_ptr<TSQNode> TGStringQueue::NewNode() const { return std::make_unique<TSQStringNode>(); }
+std::unique_ptr<TSQNode> TGStringQueue::NewNode() const {
+  return std::unique_ptr<TSQNode>(new (NodePool()) TSQStringNode());
+}
 
 TSQStringNode* TGStringQueue::PushString(const String& Value) { return PushItem(Value, nullptr); }
 
 TSQStringNode* TGStringQueue::PushItem(const String& Value, TObject* AnObject) {
-  std::unique_ptr<TSQNode> Owned = NewNode();
+  detail::TFreshNode<TSQNode> Owned(NewNode().release());
   auto* Node = detail::NodeAs<TSQStringNode>(Owned.get());
   Node->SetValue(Value);
   Node->SetItem(AnObject);
@@ -170,7 +178,7 @@ void TGStringQueue::ReadStrings(TReader* Reader) {
   WithinUpdate(*this, [&] {
     Clear();
     while (!Reader->EndOfList()) {
-      std::unique_ptr<TSQNode> Owned = NewNode();
+      detail::TFreshNode<TSQNode> Owned(NewNode().release());
       auto* Node = detail::NodeAs<TSQStringNode>(Owned.get());
       Insert(Node, nullptr);
       Owned.release();
@@ -191,7 +199,9 @@ void TGStringStack::Assign(TPersistent* Source) {
 // ---------------------------------------------------------------------------------------------
 // TGPriorityQueue
 
-std::unique_ptr<TSQNode> TGPriorityQueue::NewNode() const { return std::make_unique<TSQPriorityNode>(0); }
+std::unique_ptr<TSQNode> TGPriorityQueue::NewNode() const {
+  return std::unique_ptr<TSQNode>(new (NodePool()) TSQPriorityNode(0));
+}
 
 void TGPriorityQueue::AddLinkedList(TGCustomLinkedList* LinkedList) { AddCopies(LinkedList, true); }
 
@@ -225,7 +235,7 @@ TSQNode* TGPriorityQueue::Insert(TSQNode* ANode, TSQNode*) {
 }
 
 TSQPriorityNode* TGPriorityQueue::PushP(TObject* Value, std::int32_t APriority) {
-  auto Node = std::make_unique<TSQPriorityNode>(APriority);
+  detail::TFreshNode<TSQPriorityNode> Node(new (NodePool()) TSQPriorityNode(APriority));
   Node->SetItem(Value);
   AddNode(Node.get());
   return Node.release();
@@ -239,7 +249,7 @@ TSQPriorityNode* TGPriorityQueue::ChangePriority(TSQNode* ANode, std::int32_t Ne
 // TGPriorityStringQueue
 
 std::unique_ptr<TSQNode> TGPriorityStringQueue::NewNode() const {
-  return std::make_unique<TSQPriorityStringNode>(0);
+  return std::unique_ptr<TSQNode>(new (NodePool()) TSQPriorityStringNode(0));
 }
 
 void TGPriorityStringQueue::AddLinkedList(TGCustomLinkedList* LinkedList) { AddCopies(LinkedList, true); }
@@ -265,14 +275,14 @@ TSQNode* TGPriorityStringQueue::Insert(TSQNode* ANode, TSQNode*) {
 }
 
 TSQPriorityStringNode* TGPriorityStringQueue::PushP(const String& Value, std::int32_t APriority) {
-  auto Node = std::make_unique<TSQPriorityStringNode>(APriority);
+  detail::TFreshNode<TSQPriorityStringNode> Node(new (NodePool()) TSQPriorityStringNode(APriority));
   Node->SetValue(Value);
   AddNode(Node.get());
   return Node.release();
 }
 
 TSQPriorityStringNode* TGPriorityStringQueue::PushItemP(const String&, TObject* AnObject, std::int32_t APriority) {
-  auto Node = std::make_unique<TSQPriorityStringNode>(APriority);
+  detail::TFreshNode<TSQPriorityStringNode> Node(new (NodePool()) TSQPriorityStringNode(APriority));
   Node->SetItem(AnObject);
   Insert(Node.get(), nullptr);
   return Node.release();

@@ -1,8 +1,11 @@
 #include "GLists/GLists.h"
 
 #include <new>
+#include <typeinfo>
 
+#include "GLists/internal/FreshNode.h"
 #include "GLists/internal/NodeCast.h"
+#include "GLists/internal/NodePool.h"
 #include "Runtime/Lists.h"
 #include "Runtime/WithinUpdate.h"
 
@@ -16,15 +19,10 @@ using namespace GLists;
 
 TSQNode::~TSQNode() = default;
 
-void* TSQNode::operator new(std::size_t Size) {
-  try {
-    return ::operator new(Size);
-  } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(SOutOfMemory);
-  }
-}
-
-void TSQNode::operator delete(void* P, std::size_t) noexcept { ::operator delete(P); }
+void* TSQNode::operator new(std::size_t Size) { return detail::TNodePool::Allocate(Size, nullptr); }
+void* TSQNode::operator new(std::size_t Size, detail::TNodePool* Pool) { return detail::TNodePool::Allocate(Size, Pool); }
+void TSQNode::operator delete(void* P, std::size_t Size) noexcept { detail::TNodePool::Free(P, Size); }
+void TSQNode::operator delete(void* P, detail::TNodePool*) noexcept { detail::TNodePool::Abandon(P); }
 
 void TSQNode::Assign(TPersistent* Source) {
   if (auto* Node = dynamic_cast<TSQNode*>(Source))
@@ -45,6 +43,30 @@ TGCustomLinkedList::~TGCustomLinkedList() {
   FOnChange = nullptr;
   FreeAll();
   for (TGCustomLinkedListEnumerator* E = FEnumerators; E; E = E->FNextEnum) E->FList = nullptr;
+  if (FPool) FPool->Release();
+}
+
+TGCustomLinkedList::TExact TGCustomLinkedList::FindExact() const {
+  const std::type_info& Type = typeid(*this);
+  if (Type == typeid(TGQueue))
+    FExact = TExact::Queue;
+  else if (Type == typeid(TGStack))
+    FExact = TExact::Stack;
+  else if (Type == typeid(TGCustomLinkedList) || Type == typeid(TGLinkedList) || Type == typeid(TGStringQueue) ||
+           Type == typeid(TGStringStack) || Type == typeid(TGPriorityQueue) || Type == typeid(TGPriorityStringQueue))
+    FExact = TExact::List;
+  else
+    FExact = TExact::Other;
+  return FExact;
+}
+
+detail::TNodePool* TGCustomLinkedList::MakeNodePool() const {
+  try {
+    FPool = new detail::TNodePool;
+  } catch (const std::bad_alloc&) {
+    throw EOutOfMemory(SOutOfMemory);
+  }
+  return FPool;
 }
 
 void TGCustomLinkedList::CheckFree(const TSQNode* ANode) const {
@@ -82,13 +104,18 @@ void TGCustomLinkedList::NodeLeaving(TSQNode* ANode) noexcept {
     }
 }
 
-void TGCustomLinkedList::FreeNode(TSQNode* ANode) noexcept {
-  NodeLeaving(ANode);
+void TGCustomLinkedList::KeptLinksPast(TSQNode* ANode) noexcept {
   for (TSQNode* K : FKept) {
     if (K->FNext == ANode) K->FNext = ANode->FNext;
     if (auto* D = dynamic_cast<TSQDoubleNode*>(K))
       if (D->GetPrevious() == ANode) D->SetPrevious(static_cast<TSQDoubleNode*>(ANode)->GetPrevious());
   }
+}
+
+void TGCustomLinkedList::FreeNode(TSQNode* ANode) noexcept {
+  // The rare cases out of line, so that the common free stays small enough to inline.
+  if (FEnumerators) NodeLeaving(ANode);
+  if (!FKept.empty()) KeptLinksPast(ANode);
   if (ANode->FOwnNext == ANode) {
     FOwned = nullptr;
   } else {
@@ -167,10 +194,7 @@ std::unique_ptr<TGCustomLinkedListEnumerator> TGCustomLinkedList::GetEnumerator(
 // ---------------------------------------------------------------------------------------------
 // TGCustomLinkedList
 
-void TGCustomLinkedList::Change() {
-  FLastAccessedIndex = -1;
-  if (!FUpdateCount.Updating() && FOnChange) FOnChange(this);
-}
+void TGCustomLinkedList::Change() { Changed(); }
 
 void TGCustomLinkedList::BeginUpdate() { FUpdateCount.Begin(); }
 
@@ -179,10 +203,12 @@ void TGCustomLinkedList::EndUpdate() {
   if (Closed || !FUpdateCount.Updating()) Change();
 }
 
-std::unique_ptr<TSQNode> TGCustomLinkedList::NewNode() const { return std::make_unique<TSQNode>(); }
+std::unique_ptr<TSQNode> TGCustomLinkedList::NewNode() const {
+  return std::unique_ptr<TSQNode>(new (NodePool()) TSQNode());
+}
 
 TSQNode* TGCustomLinkedList::Add(TObject* AnObject) {
-  std::unique_ptr<TSQNode> Node = NewNode();
+  detail::TFreshNode<TSQNode> Node(NewNode().release());
   Node->SetItem(AnObject);
   AddNode(Node.get());
   return Node.release();
@@ -192,6 +218,12 @@ TSQNode* TGCustomLinkedList::AddNode(TSQNode* ANode) { return Insert(ANode, null
 
 TSQNode* TGCustomLinkedList::Insert(TSQNode* ANode, TSQNode* BeforeNode) {
   CheckFree(ANode);
+  LinkNode(ANode, BeforeNode, BeforeNode ? Find(BeforeNode) : nullptr);
+  Change();
+  return ANode;
+}
+
+void TGCustomLinkedList::LinkNode(TSQNode* ANode, TSQNode* BeforeNode, TSQNode* Prev) noexcept {
   if (!BeforeNode) {
     if (!FTail)
       FHead = ANode;
@@ -200,7 +232,6 @@ TSQNode* TGCustomLinkedList::Insert(TSQNode* ANode, TSQNode* BeforeNode) {
     FTail = ANode;
     FLastAccessedIndex = FCount;
   } else {
-    TSQNode* Prev = Find(BeforeNode);
     if (BeforeNode == FLastAccessedNode) ++FLastAccessedIndex;
     if (!Prev)
       FHead = ANode;
@@ -211,14 +242,32 @@ TSQNode* TGCustomLinkedList::Insert(TSQNode* ANode, TSQNode* BeforeNode) {
   FLastAccessedNode = ANode;
   ++FCount;
   Adopt(ANode);
-  Change();
-  return ANode;
+}
+
+TSQNode* TGCustomLinkedList::PushNewNode(TObject* Value, bool AtHead) {
+  TSQNode* Before = AtHead ? FHead : nullptr;
+  // Insert's Find of the head: the count check, then the head itself, with no predecessor.
+  if (Before && FCount == 0) throw EListError(SListEmpty);
+  auto* Node = new (NodePool()) TSQNode();
+  LinkNode(Node, Before, nullptr);
+  Changed();
+  Node->FItem = Value;
+  return Node;
+}
+
+void TGCustomLinkedList::DeleteHead() {
+  // Find answers null for the head once Count and Head are checked.
+  UnlinkNode(FHead, nullptr);
+  Changed();
 }
 
 void TGCustomLinkedList::Delete(TSQNode* ANode) {
   if (!ANode) throw EListError(SInvalidIndex);
-  TSQNode* Prev = Find(ANode);
-  if (ANode == FLastAccessedNode) FLastAccessedNode = ANode->FNext;
+  UnlinkNode(ANode, Find(ANode));
+  Change();
+}
+
+void TGCustomLinkedList::UnlinkNode(TSQNode* ANode, TSQNode* Prev) noexcept {
   if (Prev) {
     Prev->FNext = ANode->FNext;
     if (ANode == FTail) FTail = Prev;
@@ -228,8 +277,8 @@ void TGCustomLinkedList::Delete(TSQNode* ANode) {
   }
   FreeNode(ANode);
   --FCount;
+  // The cursor goes back to the head (also off a node that was just freed).
   Reset();
-  Change();
 }
 
 TSQNode* TGCustomLinkedList::Find(TSQNode* ANode) const {
@@ -286,7 +335,7 @@ void TGCustomLinkedList::AddCopies(TGCustomLinkedList* Source, bool CopyPriority
     TSQNode* N = Source->FHead;
     // Bounded by the source's count at the start, so that a list copied into itself ends.
     for (std::int32_t Left = Source->FCount; N && Left > 0; --Left) {
-      std::unique_ptr<TSQNode> Copy = NewNode();
+      detail::TFreshNode<TSQNode> Copy(NewNode().release());
       Copy->Assign(N);
       if (CopyPriority) {
         if (auto* From = dynamic_cast<TSQPriorityNode*>(N))
@@ -349,6 +398,7 @@ void TGCustomLinkedList::Clear() {
   std::int32_t Steps = 0;
   for (TSQNode* N = FHead; N && Steps < FOwnedCount; N = N->FNext, ++Steps) --FCount;
   FreeAll();
+  if (FPool) FPool->Trim();
   FHead = nullptr;
   FTail = nullptr;
   FLastAccessedIndex = -1;
@@ -386,7 +436,9 @@ TSQNode* TGCustomLinkedList::Next() const {
 // ---------------------------------------------------------------------------------------------
 // TGDoublyLinkedList
 
-std::unique_ptr<TSQNode> TGDoublyLinkedList::NewNode() const { return std::make_unique<TSQDoubleNode>(); }
+std::unique_ptr<TSQNode> TGDoublyLinkedList::NewNode() const {
+  return std::unique_ptr<TSQNode>(new (NodePool()) TSQDoubleNode());
+}
 
 TSQNode* TGDoublyLinkedList::GetNode(std::int32_t Index) const {
   if (Index < 0 || Index >= FCount) throw EListError(SInvalidIndex);

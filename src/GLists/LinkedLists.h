@@ -63,7 +63,7 @@ class TGCustomLinkedList : public TPersistent {
   virtual void AddLinkedList(TGCustomLinkedList* LinkedList);
   virtual void BeginUpdate();
   /// Frees every node; Count drops by one per node of the chain from Head. Notifies, also
-  /// when empty.
+  /// when empty. Returns the node store's memory when none of its nodes is alive.
   virtual void Clear();
   /// Closes an update; at depth 0 (also for an EndUpdate without BeginUpdate) calls Change.
   virtual void EndUpdate();
@@ -77,9 +77,12 @@ class TGCustomLinkedList : public TPersistent {
   [[nodiscard]] virtual TSQNode* Find(TSQNode* ANode) const;
   /// Links ANode in front of BeforeNode, or at the end when BeforeNode is null, and adopts
   /// it; answers ANode. ANode must be a free node (null raises EAccessViolation, a node of
-  /// a list "Node already belongs to a list"); after an error the caller still owns it.
+  /// a list "Node already belongs to a list"); after such an error the caller still owns
+  /// it. An OnChange handler that raises does so after the adoption: the list keeps it.
   virtual TSQNode* Insert(TSQNode* ANode, TSQNode* BeforeNode);
-  /// A fresh node of this list's node class.
+  /// A fresh node of this list's node class. Its memory comes from the list's node store
+  /// (freed slots are reused; the store goes with the list, or with the last of its nodes
+  /// still alive elsewhere), so free it on the thread that uses the list.
   [[nodiscard]] virtual std::unique_ptr<TSQNode> NewNode() const;
 
   /// A new node holding AnObject, added by AddNode.
@@ -88,7 +91,17 @@ class TGCustomLinkedList : public TPersistent {
   [[nodiscard]] TSQNode* FindItem(const TObject* AnObject) const;
   /// Zero-based index of the first node holding AnObject, or -1. Walks with the cursor.
   [[nodiscard]] std::int32_t IndexOfItem(const TObject* AnObject) const;
-  [[nodiscard]] TObject* GetItem(std::int32_t Index) const { return GetNode(Index)->GetItem(); }
+  [[nodiscard]] TObject* GetItem(std::int32_t Index) const {
+    // The step of an ascending loop, inline when GetNode is this library's base one; any
+    // other case (and every error) is GetNode's.
+    if (Index > 0 && Index - 1 == FLastAccessedIndex && Index < FCount && FLastAccessedNode)
+      if (TSQNode* N = FLastAccessedNode->FNext; N && Exact() >= TExact::List) {
+        FLastAccessedIndex = Index;
+        FLastAccessedNode = N;
+        return N->FItem;
+      }
+    return GetNode(Index)->GetItem();
+  }
   void SetItem(std::int32_t Index, TObject* Value) { GetNode(Index)->SetItem(Value); }
 
   /// Starts a walk at the head.
@@ -110,8 +123,30 @@ class TGCustomLinkedList : public TPersistent {
   [[nodiscard]] std::unique_ptr<TGCustomLinkedListEnumerator> GetEnumerator();
 
  protected:
+  /// Push of an exact TGQueue (AtHead false) or TGStack (true) without its virtual calls:
+  /// a TSQNode from the store, linked as Insert would, Change, then the item.
+  TSQNode* PushNewNode(TObject* Value, bool AtHead);
+  /// Delete(FHead) without its virtual calls, for a list whose Delete, Find and Change are
+  /// the base's; the caller has checked that Count and Head are not zero.
+  void DeleteHead();
+  /// Which class of this library the object is exactly; Other for classes derived elsewhere
+  /// and for those whose GetNode differs from the base's. Lets hot paths skip virtual calls
+  /// whose targets are then known.
+  enum class TExact : std::int8_t { Unknown, Other, List, Queue, Stack };
+  TExact Exact() const { return FExact != TExact::Unknown ? FExact : FindExact(); }
   /// Forgets the cursor index (always), then fires OnChange unless inside an update.
   virtual void Change();
+  /// What this class's Change does, for callers that know Change is not overridden.
+  void Changed() {
+    FLastAccessedIndex = -1;
+    if (!FUpdateCount.Updating() && FOnChange) FOnChange(this);
+  }
+  /// Insert's linking, after its checks: Prev is the node in front of BeforeNode (null for
+  /// the head or when BeforeNode is null). No notification.
+  void LinkNode(TSQNode* ANode, TSQNode* BeforeNode, TSQNode* Prev) noexcept;
+  /// Delete's unlinking and freeing, after its checks; leaves the cursor at the head. No
+  /// notification.
+  void UnlinkNode(TSQNode* ANode, TSQNode* Prev) noexcept;
   /// Appends copies of Source's nodes; CopyPriority also copies priorities between
   /// priority nodes.
   void AddCopies(TGCustomLinkedList* Source, bool CopyPriority);
@@ -124,10 +159,12 @@ class TGCustomLinkedList : public TPersistent {
   /// Records a node kept out of the chain (owned, freed at Clear): its links are moved on
   /// past every node freed later, so that they never lead to freed memory.
   void Keep(TSQNode* ANode);
+  /// The store the library's node classes are made in (as `new (NodePool()) TSQNode`).
+  detail::TNodePool* NodePool() const { return FPool ? FPool : MakeNodePool(); }
   /// Frees a node this list owns.
   void FreeNode(TSQNode* ANode) noexcept;
   /// Tells the enumerators that ANode leaves the chain (they go on with its successor).
-  void NodeLeaving(TSQNode* ANode) noexcept;
+  [[gnu::noinline]] void NodeLeaving(TSQNode* ANode) noexcept;
   /// The node after N on a walk; raises when N is null.
   static TSQNode* Step(TSQNode* N);
   /// Raises "Node links do not reach the end of the list" once a walk took more steps
@@ -145,11 +182,17 @@ class TGCustomLinkedList : public TPersistent {
  private:
   friend class TGCustomLinkedListEnumerator;
   void FreeAll() noexcept;
+  /// Moves the links of kept nodes that lead to ANode on past it.
+  [[gnu::noinline]] void KeptLinksPast(TSQNode* ANode) noexcept;
+  detail::TNodePool* MakeNodePool() const;
+  TExact FindExact() const;
 
   TSQNode* FOwned = nullptr;  // the ownership ring
   std::int32_t FOwnedCount = 0;
   std::vector<TSQNode*> FKept;
   TGCustomLinkedListEnumerator* FEnumerators = nullptr;
+  mutable detail::TNodePool* FPool = nullptr;
+  mutable TExact FExact = TExact::Unknown;
 };
 
 using TGCustomLinkedListClass = const TGCustomLinkedList::TMeta*;

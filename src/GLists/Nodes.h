@@ -8,6 +8,9 @@
 namespace kz {
 
 class TGCustomLinkedList;
+namespace detail {
+class TNodePool;
+}
 
 /// A node of a linked list: an object reference (not owned) and the link to the next node.
 /// A node belongs to at most one list; the list that adopts it frees it. Assign copies the
@@ -30,10 +33,13 @@ class TSQNode : public TPersistent {
   /// The list that owns the node, or null while the caller owns it.
   TGCustomLinkedList* GetOwnerList() const { return FOwnerList; }
 
-  // Nodes come and go with every push and pop: a per-thread cache of freed blocks keeps
-  // that cheap.
+  // Nodes come and go with every push and pop: the library's lists make theirs in a store
+  // of their own (the placement form), where freed slots are reused. Node classes must not
+  // replace operator new.
   static void* operator new(std::size_t Size);
+  static void* operator new(std::size_t Size, detail::TNodePool* Pool);
   static void operator delete(void* P, std::size_t Size) noexcept;
+  static void operator delete(void* P, detail::TNodePool* Pool) noexcept;
 
  protected:
   TObject* FItem = nullptr;

@@ -2,6 +2,7 @@
 // queue's stored form and the array family's errors.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <vector>
 
 #include "GLists/GLists.h"
@@ -58,6 +59,36 @@ TEST(GLinkedContainers, QueueStackAndTheirAssignAsymmetry) {
   Target.Push(Obj(9));
   Target.AddStack(&Other);
   EXPECT_EQ(PopAll(Target), (V{4, 5, 9, 4, 5}));
+
+  // Classes derived elsewhere take the virtual path; the library's own push and pop shortcut
+  // it, and both must behave alike: order, notifications (a push notifies before the item
+  // is set), cursor, and the count check of a stack whose head outlives its count.
+  struct TCountingStack : TGStack {
+    int Made = 0;
+    std::unique_ptr<TSQNode> NewNode() const override {
+      ++const_cast<TCountingStack*>(this)->Made;
+      return TGStack::NewNode();
+    }
+  };
+  TGStack Plain;
+  TCountingStack Derived;
+  for (TGStack* St : {&Plain, static_cast<TGStack*>(&Derived)}) {
+    std::vector<TObject*> Seen;
+    St->SetOnChange([&](TObject*) { Seen.push_back(St->GetHead()->GetItem()); });
+    Filled(*St, {1, 2});
+    EXPECT_EQ(Seen, (std::vector<TObject*>{nullptr, nullptr}));
+    EXPECT_EQ(St->GetItem(1), Obj(1));
+    EXPECT_EQ(St->Pop(), Obj(2));
+    EXPECT_EQ(St->Next(), St->GetHead());  // the cursor is back at the head
+    St->SetOnChange(nullptr);
+    std::unique_ptr<TSQNode> Stray = St->NewNode();
+    St->GetHead()->SetNext(Stray.get());  // linked past the count
+    (void)St->Pop();
+    EXPECT_EQ(St->GetHead(), Stray.get());
+    EXPECT_EQ(MessageOf<EListError>([&] { St->Push(Obj(5)); }), u"List is empty");
+    St->Clear();
+  }
+  EXPECT_EQ(Derived.Made, 4);  // the refused push made its node first
 }
 
 TEST(GLinkedContainers, PriorityQueueTieBreaksAndChangePriority) {

@@ -2,6 +2,7 @@
 // brackets, and what stays alive where a replaced node is still referred to.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <vector>
 
 #include "GLists/GLists.h"
@@ -141,6 +142,16 @@ TEST(GLinkedList, NotificationsAndUpdates) {
   G.L.AddLinkedList(&G.L);  // into itself: each node copied once
   EXPECT_EQ(G.Chain(), (V{1, 2, 3, 1, 2, 3}));
   EXPECT_EQ(G.Changes, 1);
+
+  // A handler that raises after the node was adopted leaves the node with the list, which
+  // frees it once.
+  TGLinkedList R;
+  TGStringQueue S;
+  R.SetOnChange([](TObject*) { throw EListError(u"refused"); });
+  S.SetOnChange([](TObject*) { throw EListError(u"refused"); });
+  EXPECT_THROW(R.Add(Obj(1)), EListError);
+  EXPECT_THROW(S.PushString(u"a"), EListError);
+  EXPECT_EQ(R.GetCount() + S.GetCount(), 2);
 }
 
 TEST(GLinkedList, EnumeratorWalksNodesAndOutlivesRemovals) {
@@ -207,5 +218,23 @@ TEST(GLinkedList, ReplacedNodesStayAliveWhileReferredTo) {
     EXPECT_EQ(New->GetNext(), nullptr);
     TSQNode Plain;
     EXPECT_THROW(F.L.SetNode(0, &Plain), EInvalidCast);
+  }
+  {
+    // Nodes a list made outlive it: one still unadopted, one adopted by another list, and
+    // the freed slots of a list are reused by its next nodes.
+    auto Maker = std::make_unique<TGLinkedList>();
+    std::unique_ptr<TSQNode> Loose = Maker->NewNode();
+    TGLinkedList Other;
+    TSQNode* Moved = Other.Insert(Maker->NewNode().release(), nullptr);
+    TSQNode* First = Maker->Add(Obj(1));
+    Maker->Delete(First);
+    EXPECT_EQ(Maker->Add(Obj(2)), First);
+    Maker.reset();
+    Loose->SetItem(Obj(3));
+    Other.Add(Obj(4));
+    EXPECT_EQ(Other.GetNode(0), Moved);
+    EXPECT_EQ(Other.GetItem(1), Obj(4));
+    Loose.reset();
+    Other.Clear();
   }
 }
