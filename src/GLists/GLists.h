@@ -16,6 +16,7 @@ KZ_RESOURCESTRING(SNodeNotFound, u"Cannot find node within list")
 KZ_RESOURCESTRING(SEndOfList, u"End of list")
 KZ_RESOURCESTRING(SNodeInList, u"Node already belongs to a list")
 KZ_RESOURCESTRING(SBrokenLinks, u"Node links do not reach the end of the list")
+KZ_RESOURCESTRING(SNodeFreed, u"Node was freed by a change handler while it was being added")
 }  // namespace GLists
 }  // namespace kz
 

@@ -29,7 +29,7 @@ bool AssignStack(TStack& Self, TPersistent* Source) {
 // A new node with ANode's item (and string) and NewPriority is inserted, then ANode deleted.
 template <class TNode>
 TNode* WithNewPriority(TGCustomLinkedList& Queue, TSQNode* ANode, std::int32_t NewPriority) {
-  detail::TFreshNode<TSQNode> Owned(Queue.NewNode().release());
+  detail::TFreshNode<TSQNode> Owned(Queue, Queue.NewNode().release());
   auto* Node = detail::NodeAs<TNode>(Owned.get());
   Node->Assign(ANode);
   Node->SetPriority(NewPriority);
@@ -62,9 +62,11 @@ TObject* TGQueue::Pop() {
 TSQNode* TGQueue::Push(TObject* Value) {
   if (const TExact Kind = Exact(); Kind == TExact::Queue || Kind == TExact::Stack)
     return PushNewNode(Value, Kind == TExact::Stack);
-  detail::TFreshNode<TSQNode> Node(NewNode().release());
+  detail::TFreshNode<TSQNode> Node(*this, NewNode().release());
   TSQNode* Result = AddNode(Node.get());
   Node.release();
+  // The handler runs before the item is stored and may have freed the node.
+  if (Result == Node.get()) Node.Live();
   Result->SetItem(Value);
   return Result;
 }
@@ -87,7 +89,7 @@ std::unique_ptr<TSQNode> TGStringQueue::NewNode() const {
 TSQStringNode* TGStringQueue::PushString(const String& Value) { return PushItem(Value, nullptr); }
 
 TSQStringNode* TGStringQueue::PushItem(const String& Value, TObject* AnObject) {
-  detail::TFreshNode<TSQNode> Owned(NewNode().release());
+  detail::TFreshNode<TSQNode> Owned(*this, NewNode().release());
   auto* Node = detail::NodeAs<TSQStringNode>(Owned.get());
   Node->SetValue(Value);
   Node->SetItem(AnObject);
@@ -178,11 +180,12 @@ void TGStringQueue::ReadStrings(TReader* Reader) {
   WithinUpdate(*this, [&] {
     Clear();
     while (!Reader->EndOfList()) {
-      detail::TFreshNode<TSQNode> Owned(NewNode().release());
+      detail::TFreshNode<TSQNode> Owned(*this, NewNode().release());
       auto* Node = detail::NodeAs<TSQStringNode>(Owned.get());
       Insert(Node, nullptr);
       Owned.release();
-      Node->SetValue(Reader->ReadString());
+      String Value = Reader->ReadString();
+      detail::NodeAs<TSQStringNode>(Owned.Live())->SetValue(std::move(Value));
     }
   });
   Reader->ReadListEnd();
@@ -235,7 +238,7 @@ TSQNode* TGPriorityQueue::Insert(TSQNode* ANode, TSQNode*) {
 }
 
 TSQPriorityNode* TGPriorityQueue::PushP(TObject* Value, std::int32_t APriority) {
-  detail::TFreshNode<TSQPriorityNode> Node(new (NodePool()) TSQPriorityNode(APriority));
+  detail::TFreshNode<TSQPriorityNode> Node(*this, new (NodePool()) TSQPriorityNode(APriority));
   Node->SetItem(Value);
   AddNode(Node.get());
   return Node.release();
@@ -275,14 +278,14 @@ TSQNode* TGPriorityStringQueue::Insert(TSQNode* ANode, TSQNode*) {
 }
 
 TSQPriorityStringNode* TGPriorityStringQueue::PushP(const String& Value, std::int32_t APriority) {
-  detail::TFreshNode<TSQPriorityStringNode> Node(new (NodePool()) TSQPriorityStringNode(APriority));
+  detail::TFreshNode<TSQPriorityStringNode> Node(*this, new (NodePool()) TSQPriorityStringNode(APriority));
   Node->SetValue(Value);
   AddNode(Node.get());
   return Node.release();
 }
 
 TSQPriorityStringNode* TGPriorityStringQueue::PushItemP(const String&, TObject* AnObject, std::int32_t APriority) {
-  detail::TFreshNode<TSQPriorityStringNode> Node(new (NodePool()) TSQPriorityStringNode(APriority));
+  detail::TFreshNode<TSQPriorityStringNode> Node(*this, new (NodePool()) TSQPriorityStringNode(APriority));
   Node->SetItem(AnObject);
   Insert(Node.get(), nullptr);
   return Node.release();

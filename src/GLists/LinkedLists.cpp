@@ -75,6 +75,7 @@ void TGCustomLinkedList::CheckFree(const TSQNode* ANode) const {
 }
 
 void TGCustomLinkedList::Adopt(TSQNode* ANode) noexcept {
+  if (ANode == FFresh) FFreshState |= fsAdopted;
   ANode->FOwnerList = this;
   if (FOwned) {
     ANode->FOwnNext = FOwned;
@@ -124,6 +125,7 @@ void TGCustomLinkedList::FreeNode(TSQNode* ANode) noexcept {
     if (FOwned == ANode) FOwned = ANode->FOwnNext;
   }
   --FOwnedCount;
+  if (ANode == FFresh) FFreshState |= fsFreed;
   delete ANode;
 }
 
@@ -142,6 +144,8 @@ void TGCustomLinkedList::FreeAll() noexcept {
   FOwned = nullptr;
   FOwnedCount = 0;
   FKept.clear();
+  // Every owned node is gone, the one being added among them if the list had taken it.
+  if (FFreshState & fsAdopted) FFreshState |= fsFreed;
 }
 
 TSQNode* TGCustomLinkedList::Step(TSQNode* N) {
@@ -208,7 +212,7 @@ std::unique_ptr<TSQNode> TGCustomLinkedList::NewNode() const {
 }
 
 TSQNode* TGCustomLinkedList::Add(TObject* AnObject) {
-  detail::TFreshNode<TSQNode> Node(NewNode().release());
+  detail::TFreshNode<TSQNode> Node(*this, NewNode().release());
   Node->SetItem(AnObject);
   AddNode(Node.get());
   return Node.release();
@@ -250,8 +254,15 @@ TSQNode* TGCustomLinkedList::PushNewNode(TObject* Value, bool AtHead) {
   if (Before && FCount == 0) throw EListError(SListEmpty);
   auto* Node = new (NodePool()) TSQNode();
   LinkNode(Node, Before, nullptr);
-  Changed();
-  Node->FItem = Value;
+  if (FOnChange) {
+    // The handler runs before the item is stored and may free the node.
+    const auto Watch = detail::TFreshNode<TSQNode>::Watch(*this, Node);
+    Changed();
+    Watch.Live()->FItem = Value;
+  } else {
+    Changed();
+    Node->FItem = Value;
+  }
   return Node;
 }
 
@@ -335,7 +346,7 @@ void TGCustomLinkedList::AddCopies(TGCustomLinkedList* Source, bool CopyPriority
     TSQNode* N = Source->FHead;
     // Bounded by the source's count at the start, so that a list copied into itself ends.
     for (std::int32_t Left = Source->FCount; N && Left > 0; --Left) {
-      detail::TFreshNode<TSQNode> Copy(NewNode().release());
+      detail::TFreshNode<TSQNode> Copy(*this, NewNode().release());
       Copy->Assign(N);
       if (CopyPriority) {
         if (auto* From = dynamic_cast<TSQPriorityNode*>(N))

@@ -15,12 +15,18 @@ namespace kz {
 
 class TList;
 class TGCustomLinkedListEnumerator;
+namespace detail {
+template <class TNode>
+class TFreshNode;
+}
 
 /// Base of every linked list: a chain of nodes from Head to Tail. The list owns its nodes
 /// (never their items) and frees them on Delete, Clear and destruction. Every structural
 /// change calls Change, which forgets the cursor index and fires OnChange outside updates.
 /// Errors are EListError with the unit's messages; a failed check in Insert or Delete
-/// leaves the list unchanged.
+/// leaves the list unchanged. An OnChange handler that frees the node being added (by a
+/// Clear, say) before its contents are stored makes the adding call raise SNodeFreed
+/// instead of writing to it.
 ///
 /// The cursor (FLastAccessedIndex, FLastAccessedNode) is shared: GetNode moves it, Next
 /// walks on from it, IndexOfItem leaves it behind the match. An ascending GetNode/GetItem
@@ -181,6 +187,8 @@ class TGCustomLinkedList : public TPersistent {
 
  private:
   friend class TGCustomLinkedListEnumerator;
+  template <class TNode>
+  friend class detail::TFreshNode;
   void FreeAll() noexcept;
   /// Moves the links of kept nodes that lead to ANode on past it.
   [[gnu::noinline]] void KeptLinksPast(TSQNode* ANode) noexcept;
@@ -193,6 +201,11 @@ class TGCustomLinkedList : public TPersistent {
   TGCustomLinkedListEnumerator* FEnumerators = nullptr;
   mutable detail::TNodePool* FPool = nullptr;
   mutable TExact FExact = TExact::Unknown;
+  // The node that code of this list is adding (see detail::TFreshNode), and whether the
+  // list has adopted and freed it since.
+  enum : std::uint8_t { fsAdopted = 1, fsFreed = 2 };
+  const TSQNode* FFresh = nullptr;
+  std::uint8_t FFreshState = 0;
 };
 
 using TGCustomLinkedListClass = const TGCustomLinkedList::TMeta*;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "GLists/GLists.h"
@@ -152,6 +153,27 @@ TEST(GLinkedList, NotificationsAndUpdates) {
   EXPECT_THROW(R.Add(Obj(1)), EListError);
   EXPECT_THROW(S.PushString(u"a"), EListError);
   EXPECT_EQ(R.GetCount() + S.GetCount(), 2);
+  // A handler that frees the node being added, raising or not, is never followed by a
+  // read of that node (the sanitizers watch); storing the item then raises.
+  // (Clear notifies too: each handler acts once.)
+  bool RActs = true, QActs = true, SQActs = true;
+  R.SetOnChange([&](TObject*) {
+    if (!std::exchange(RActs, false)) return;
+    R.Clear();
+    throw EListError(u"refused");
+  });
+  EXPECT_THROW(R.Add(Obj(1)), EListError);
+  TGQueue Q;         // the library's own push path
+  TGStringQueue SQ;  // the general one
+  Q.SetOnChange([&](TObject*) {
+    if (std::exchange(QActs, false)) Q.Clear();
+  });
+  SQ.SetOnChange([&](TObject*) {
+    if (std::exchange(SQActs, false)) SQ.Clear();
+  });
+  EXPECT_THROW(Q.Push(Obj(1)), EListError);
+  EXPECT_THROW(SQ.Push(Obj(1)), EListError);
+  EXPECT_EQ(Q.GetCount() + SQ.GetCount() + R.GetCount(), 0);
 }
 
 TEST(GLinkedList, EnumeratorWalksNodesAndOutlivesRemovals) {
