@@ -2,6 +2,7 @@
 
 #include "DataStructures/internal/ElementPool.h"
 #include "DataStructures/internal/HeapCore.h"
+#include "Runtime/UpdateCounter.h"
 
 #include <memory>
 #include <type_traits>
@@ -255,6 +256,10 @@ void TCustomHeap::CheckIndex(std::int32_t Index) const {
   if (Index < 0 || Index >= static_cast<std::int32_t>(FHeap.size())) throw EListError(SListIndexError, {Index});
 }
 
+void TCustomHeap::CheckNotComparing() const {
+  if (FComparing) throw EInvalidOperation(SHeapChangedByCompare);
+}
+
 std::int32_t TCustomHeap::CheckElement(const THeapElement* Element) const {
   return ElementIndex(FHeap, FPool, Element);
 }
@@ -263,6 +268,7 @@ std::int32_t TCustomHeap::CheckElement(const THeapElement* Element) const {
 void TCustomHeap::Assign(TPersistent* Source) {
   auto* Other = dynamic_cast<TCustomHeap*>(Source);
   if (!Other) return inherited::Assign(Source);
+  CheckNotComparing();
   if (Other == this) {
     Clear();
     return;
@@ -297,6 +303,7 @@ void TCustomHeap::ElementChanged(const THeapElement* Element, std::int32_t Index
 
 void TCustomHeap::SetOrder(THeapOrder Value) {
   if (Value == FOrder) return;
+  CheckNotComparing();
   FOrder = Value;
   if (FHeap.size() >= 2) PushUp(static_cast<std::int32_t>(FHeap.size()) - 1);
 }
@@ -315,14 +322,19 @@ std::unique_ptr<THeapElement> TCustomHeap::MakeElement(TObject* Item) {
 }
 
 THeapElement* TCustomHeap::Insert(std::unique_ptr<THeapElement> Element, TKey Key) {
+  CheckNotComparing();
   THeapAccess::SetOwner(Element.get(), this);
   return InsertEntry(FHeap, TSlot{Key, Element.release()}, [this](std::int32_t I) { PushUp(I); });
 }
 
-void TCustomHeap::Clear() { FreeAll(FHeap, FPool); }
+void TCustomHeap::Clear() {
+  CheckNotComparing();
+  FreeAll(FHeap, FPool);
+}
 
 TObject* TCustomHeap::Remove(std::int32_t Index) {
   CheckIndex(Index);
+  CheckNotComparing();
   THeapElement* Removed = TakeOut(FHeap, Index);
   TObject* Result = Removed->GetItem();
   delete Removed;
@@ -343,6 +355,7 @@ void THeap::CheckCompare() const {
 
 std::int32_t THeap::Compare(TObject* A, TObject* B) const {
   CheckCompare();
+  const TRestoreValue Busy(FComparing, true);
   return FCompare(A, B);
 }
 
@@ -352,18 +365,22 @@ std::int32_t THeap::Compare(TObject* A, TObject* B) const {
 template <class F>
 decltype(auto) THeap::WithCompare(F&& Run) const {
   using TFunction = std::int32_t (*)(TObject*, TObject*);
-  if (const TFunction* Target = FCompare.target<TFunction>(); Target && *Target)
+  if (const TFunction* Target = FCompare.target<TFunction>(); Target && *Target) {
+    const TRestoreValue Busy(FComparing, true);
     return Run([Fn = *Target](TObject* A, TObject* B) { return Fn(A, B); });
+  }
   return Run([this](TObject* A, TObject* B) { return Compare(A, B); });
 }
 
 THeapElement* THeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
+  CheckNotComparing();
   return WithCompare([&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushUp(FHeap, FOrder, Index, Cmp); });
 }
 
 THeapElement* THeap::PushDown(std::int32_t Index) {
   CheckIndex(Index);
+  CheckNotComparing();
   return WithCompare([&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushDown(FHeap, FOrder, Index, Cmp); });
 }
 
@@ -530,12 +547,18 @@ void TIHeap::CheckCompare() const {
 
 std::int32_t TIHeap::Compare(const TIntfPtr<IInterface>& A, const TIntfPtr<IInterface>& B) const {
   CheckCompare();
+  const TRestoreValue Busy(FComparing, true);
   return FCompare(A, B);
+}
+
+void TIHeap::CheckNotComparing() const {
+  if (FComparing) throw EInvalidOperation(SHeapChangedByCompare);
 }
 
 void TIHeap::Assign(TPersistent* Source) {
   auto* Other = dynamic_cast<TIHeap*>(Source);
   if (!Other) return inherited::Assign(Source);
+  CheckNotComparing();
   if (Other == this) {
     Clear();
     return;
@@ -559,21 +582,25 @@ TIHeapElement* TIHeap::GetElement(std::int32_t Index) const {
 
 void TIHeap::SetOrder(THeapOrder Value) {
   if (Value == FOrder) return;
+  CheckNotComparing();
   FOrder = Value;
   if (FHeap.size() >= 2) PushUp(GetCount() - 1);
 }
 
 TIHeapElement* TIHeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
+  CheckNotComparing();
   return TInterfaceOps::PushUp(FHeap, FOrder, Index, KZ_HEAP_CMP);
 }
 
 TIHeapElement* TIHeap::PushDown(std::int32_t Index) {
   CheckIndex(Index);
+  CheckNotComparing();
   return TInterfaceOps::PushDown(FHeap, FOrder, Index, KZ_HEAP_CMP);
 }
 
 TIHeapElement* TIHeap::Add(const TIntfPtr<IInterface>& Item) {
+  CheckNotComparing();
   return GuardMemory([&] {
     std::unique_ptr<TIHeapElement> Element;
     {
@@ -584,10 +611,14 @@ TIHeapElement* TIHeap::Add(const TIntfPtr<IInterface>& Item) {
   });
 }
 
-void TIHeap::Clear() { FreeAll(FHeap, FPool); }
+void TIHeap::Clear() {
+  CheckNotComparing();
+  FreeAll(FHeap, FPool);
+}
 
 TIntfPtr<IInterface> TIHeap::Delete(std::int32_t Index) {
   CheckIndex(Index);
+  CheckNotComparing();
   const std::int32_t Count = GetCount();
   if (Index != Count - 1 && Count >= 3) CheckCompare();
   TIHeapElement* Removed = TakeOut(FHeap, Index);

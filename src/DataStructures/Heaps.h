@@ -22,6 +22,8 @@ class TElementPool;
 /// reused (returned when the heap is emptied by Clear or destroyed). Index arguments out of range raise
 /// EListError "List index out of bounds (%d)"; an element that is not in this heap (one that
 /// has left it, or another heap's) raises EInvalidOperation "Element is not in this heap".
+/// A caller's comparison that changes its own heap (adds, deletes, clears, sifts, assigns)
+/// makes that change raise EInvalidOperation "Heap changed by its own comparison".
 /// The family has a virtual constructor without arguments.
 class TCustomHeap : public TPersistent {
  public:
@@ -97,6 +99,8 @@ class TCustomHeap : public TPersistent {
   virtual const TMetaClass* RequiredElementClass() const { return nullptr; }
   /// The number of elements, whatever a descendant's GetCount counts.
   std::int32_t HeapCount() const { return static_cast<std::int32_t>(FHeap.size()); }
+  /// Raises while a caller's comparison of this heap runs (FComparing).
+  void CheckNotComparing() const;
 
   /// The key this heap keeps for Element (the item; numeric heaps the priority).
   virtual TKey KeyOf(const THeapElement* Element) const;
@@ -106,6 +110,8 @@ class TCustomHeap : public TPersistent {
   std::vector<TSlot> FHeap;
   THeapOrder FOrder = hpIncreasing;
   THeapElementClass FElementClass;
+  // Set while a caller's comparison runs: a sift holds positions that a change would void.
+  mutable bool FComparing = false;
 
  private:
   friend class THeapElement;
@@ -215,7 +221,8 @@ class TFloatHeap : public TCustomHeap {
 };
 
 /// THeap for counted interface references: each element holds one reference to its item
-/// while it is in the heap. Same rules, errors and quirks as THeap.
+/// while it is in the heap. Same rules, errors and quirks as THeap (a comparison that
+/// changes its own heap included).
 class TIHeap : public TPersistent {
   KZ_CLASS(TIHeap, TPersistent)
  public:
@@ -252,6 +259,7 @@ class TIHeap : public TPersistent {
  private:
   std::int32_t Compare(const TIntfPtr<IInterface>& A, const TIntfPtr<IInterface>& B) const;
   void CheckCompare() const;
+  void CheckNotComparing() const;
   std::int32_t CheckElement(const TIHeapElement* Element) const;
   void CheckIndex(std::int32_t Index) const;
 
@@ -259,6 +267,7 @@ class TIHeap : public TPersistent {
   std::vector<TIHeapElement*> FHeap;
   TIHeapElementClass FElementClass;
   TICompareFunc FCompare;
+  mutable bool FComparing = false;  // as TCustomHeap's
   std::unique_ptr<detail::TElementPool> FPool;
 };
 

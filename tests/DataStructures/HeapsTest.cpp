@@ -214,6 +214,34 @@ TEST(Heaps, MisuseRaisesInsteadOfFailing) {
   EXPECT_THROW(N.PushDown(-1), EListError);
   EXPECT_THROW(TIntHeap{&THeapElement::ClassInfo()}, EInvalidCast);
   EXPECT_THROW(THeap{static_cast<THeapElementClass>(nullptr)}, EAccessViolation);
+
+  // A comparison that changes its own heap mid-sift is refused, through the wrapper and
+  // through the direct call of a plain function alike; every Index stays true.
+  static THeap* Busy = nullptr;
+  TVal C(3), D(0);
+  auto Meddle = [](TObject* X, TObject* Y) {
+    if (Busy) Busy->Delete(0);
+    return CompareVals(X, Y);
+  };
+  THeap Wrapped([&](TObject* X, TObject* Y) { return Meddle(X, Y); });
+  THeap Plain(static_cast<std::int32_t (*)(TObject*, TObject*)>(Meddle));
+  for (THeap* M : {&Wrapped, &Plain}) {
+    M->Add(&A);
+    M->Add(&C);
+    Busy = M;
+    EXPECT_THROW(M->Add(&D), EInvalidOperation);  // the new element is taken out again
+    EXPECT_EQ(Layout(*M), (V{1, 3}));
+    Busy = nullptr;
+  }
+  static TIHeap* IBusy = nullptr;
+  TIHeap IM([](const TIntfPtr<IInterface>&, const TIntfPtr<IInterface>&) -> std::int32_t {
+    IBusy->Clear();
+    return 0;
+  });
+  IBusy = &IM;
+  IM.Add(nullptr);
+  EXPECT_THROW(IM.Add(nullptr), EInvalidOperation);
+  EXPECT_EQ(IM.GetCount(), 1);
 }
 
 // An element class larger than the default, so one heap holds elements of two sizes.
