@@ -3,13 +3,19 @@
 // removal, with key and value views and notifications per key and value.
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <initializer_list>
 #include <memory>
 #include <new>
 #include <utility>
 #include <vector>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "KZGenerics.Collections/Messages.h"
 #include "Runtime/Generics.h"
@@ -27,6 +33,56 @@ enum TKZNotifyAction : std::uint8_t { naAdded, naRemoved, naExtracted };
 /// A key or value notification: (sender, item, action).
 template <class T>
 using TKZNotifyEvent = std::function<void(TObject* Sender, const T& Item, TKZNotifyAction Action)>;
+
+namespace detail {
+
+// A byte per bucket beside the buckets: free, or the top seven bits of the stored hash. Lookups
+// test a group of these at once, so a miss reads one short run of bytes instead of whole
+// buckets, and a bucket is read only when its byte matches. Past the last bucket lie
+// GroupWidth - 1 end bytes that neither match nor read as free, so a group read never leaves
+// the array. A group's answers are bit masks, lowest bucket first.
+struct TBucketTags {
+  static constexpr std::uint8_t FreeTag = 0x80, EndTag = 0xFF;
+  static constexpr std::uint8_t Of(std::int32_t HashCode) { return static_cast<std::uint8_t>(HashCode >> 24); }
+#if defined(__SSE2__)
+  static constexpr std::uint32_t GroupWidth = 16;
+  using TGroup = __m128i;
+  using TBits = std::uint32_t;
+  static TGroup Load(const std::uint8_t* Tags) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(Tags)); }
+  static TBits Matching(TGroup Group, std::uint8_t Tag) {
+    return static_cast<TBits>(_mm_movemask_epi8(_mm_cmpeq_epi8(Group, _mm_set1_epi8(static_cast<char>(Tag)))));
+  }
+  static TBits Free(TGroup Group) {
+    return static_cast<TBits>(_mm_movemask_epi8(_mm_cmpeq_epi8(Group, _mm_set1_epi8(static_cast<char>(FreeTag)))));
+  }
+  static std::uint32_t Position(TBits Bits) { return static_cast<std::uint32_t>(std::countr_zero(Bits)); }
+#else
+  static constexpr std::uint32_t GroupWidth = 8;
+  using TGroup = std::uint64_t;
+  using TBits = std::uint64_t;
+  static constexpr std::uint64_t Ones = 0x0101010101010101ull, High = 0x8080808080808080ull;
+  static TGroup Load(const std::uint8_t* Tags) {
+    std::uint64_t Group = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+      std::memcpy(&Group, Tags, sizeof Group);
+    } else {
+      for (std::uint32_t k = 0; k < GroupWidth; ++k) Group |= std::uint64_t{Tags[k]} << (8 * k);
+    }
+    return Group;
+  }
+  // The high bit of each byte equal to Tag. A borrow may also mark a live byte just above a
+  // match, which the stored hash then turns down; free and end bytes are never marked.
+  static TBits Matching(TGroup Group, std::uint8_t Tag) {
+    const std::uint64_t X = Group ^ (Ones * Tag);
+    return (X - Ones) & ~X & High;
+  }
+  // The high bit of each free byte: high bit set, the next one clear.
+  static TBits Free(TGroup Group) { return Group & ~(Group << 1) & High; }
+  static std::uint32_t Position(TBits Bits) { return static_cast<std::uint32_t>(std::countr_zero(Bits)) >> 3; }
+#endif
+};
+
+}  // namespace detail
 
 /// True when Item lies in the circular half-open range (Bottom, TopInclusive] of bucket
 /// indices: the test backward-shift removal uses to decide whether an entry may stay put.
@@ -173,6 +229,8 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   virtual void Clear() {
     std::vector<TItem> Old;
     Old.swap(FItems);
+    std::vector<std::uint8_t>().swap(FTags);
+    FMask = UINT32_MAX;
     ++FLayoutVersion;
     FCount = 0;
     FGrowThreshold = 0;
@@ -281,21 +339,36 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   /// smallest int32 when there are no buckets, or when SetCapacity(Count) has filled every
   /// bucket and Key is absent (adds grow before they search, so they always find room).
   std::int32_t GetBucketIndex(const K& Key, std::int32_t HashCode) const {
-    if (FItems.empty()) return INT32_MIN;
-    const std::uint32_t Mask = static_cast<std::uint32_t>(FItems.size()) - 1u;
+    const std::uint32_t Mask = FMask;
     const TItem* Items = FItems.data();
     std::uint32_t I = static_cast<std::uint32_t>(HashCode) & Mask;
-    if (static_cast<std::uint32_t>(FCount) > Mask) {
+    // One test for both rare cases: no buckets (the mask wraps to zero) or every bucket live.
+    if (static_cast<std::uint32_t>(FCount) >= Mask + 1u) [[unlikely]] {
+      if (FItems.empty()) return INT32_MIN;
       // No free bucket ends the run: visit each bucket once.
       for (std::uint32_t Left = Mask + 1u; Left > 0; --Left, I = (I + 1u) & Mask)
         if (Items[I].HashCode == HashCode && KeyEquals(Items[I].Key, Key)) return static_cast<std::int32_t>(I);
       return INT32_MIN;
     }
+    using Tags = detail::TBucketTags;
+    // A present key mostly sits in its home bucket: fetch it while the tags are read.
+#if defined(__GNUC__)
+    __builtin_prefetch(Items + I);
+#endif
+    const std::uint8_t* GroupTags = FTags.data();
+    const std::uint8_t Tag = Tags::Of(HashCode);
     for (;;) {
-      const std::int32_t Stored = Items[I].HashCode;
-      if (Stored == -1) return ~static_cast<std::int32_t>(I);
-      if (Stored == HashCode && KeyEquals(Items[I].Key, Key)) return static_cast<std::int32_t>(I);
-      I = (I + 1u) & Mask;
+      const Tags::TGroup Group = Tags::Load(GroupTags + I);
+      const Tags::TBits Free = Tags::Free(Group);
+      // The run ends at the first free bucket: later matches belong to other runs.
+      for (Tags::TBits Match = Tags::Matching(Group, Tag) & (Free ^ (Free - 1)); Match != 0; Match &= Match - 1) {
+        const std::uint32_t J = I + Tags::Position(Match);
+        if (Items[J].HashCode == HashCode && KeyEquals(Items[J].Key, Key)) [[likely]]
+          return static_cast<std::int32_t>(J);
+      }
+      if (Free != 0) [[likely]]
+        return ~static_cast<std::int32_t>(I + Tags::Position(Free));
+      I = I + Tags::GroupWidth > Mask ? 0u : I + Tags::GroupWidth;
     }
   }
 
@@ -308,6 +381,7 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     Item.Key = std::move(Key);
     Item.Value = std::move(Value);
     Item.HashCode = HashCode;
+    FTags[static_cast<std::size_t>(Index)] = detail::TBucketTags::Of(HashCode);
     ++FCount;
     KeyNotify(Item.Key, naAdded);
     ValueNotify(Item.Value, naAdded);
@@ -323,18 +397,22 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   virtual V DoRemove(const K& Key, std::int32_t HashCode, TKZNotifyAction Action) {
     std::int32_t Gap = GetBucketIndex(Key, HashCode);
     if (Gap < 0) return V{};
-    const std::uint32_t Mask = static_cast<std::uint32_t>(FItems.size()) - 1u;
+    const std::uint32_t Mask = FMask;
     TItem* Items = FItems.data();
+    std::uint8_t* BucketTags = FTags.data();
+    constexpr std::uint8_t Free = detail::TBucketTags::FreeTag;
     K OldKey = std::move(Items[Gap].Key);
     V Result = std::move(Items[Gap].Value);
     Items[Gap].HashCode = -1;
-    for (std::uint32_t I = (static_cast<std::uint32_t>(Gap) + 1u) & Mask; Items[I].HashCode != -1;
-         I = (I + 1u) & Mask) {
+    BucketTags[Gap] = Free;
+    for (std::uint32_t I = (static_cast<std::uint32_t>(Gap) + 1u) & Mask; BucketTags[I] != Free; I = (I + 1u) & Mask) {
       const auto Home = static_cast<std::int32_t>(static_cast<std::uint32_t>(Items[I].HashCode) & Mask);
       if (!InCircularRange(Gap, Home, static_cast<std::int32_t>(I))) {
         Items[Gap] = std::move(Items[I]);
+        BucketTags[Gap] = BucketTags[I];
         Gap = static_cast<std::int32_t>(I);
         Items[Gap].HashCode = -1;
+        BucketTags[Gap] = Free;
       }
     }
     Items[Gap].HashCode = -1;
@@ -363,21 +441,36 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   void Rehash(std::int32_t NewLength) {
     if (NewLength == GetBucketCount()) return;
     std::vector<TItem> NewItems;
+    std::vector<std::uint8_t> NewTags;
     try {
       NewItems.resize(static_cast<std::size_t>(NewLength));
+      if (NewLength != 0) {
+        NewTags.assign(static_cast<std::size_t>(NewLength) + detail::TBucketTags::GroupWidth - 1,
+                       detail::TBucketTags::EndTag);
+        std::fill_n(NewTags.begin(), NewLength, detail::TBucketTags::FreeTag);
+      }
     } catch (const std::bad_alloc&) {
       throw EOutOfMemory(Runtime::SOutOfMemory);
     }
     NewItems.swap(FItems);
+    NewTags.swap(FTags);
+    FMask = static_cast<std::uint32_t>(NewLength) - 1u;
     ++FLayoutVersion;
     FGrowThreshold = (NewLength >> 1) + (NewLength >> 2);
     for (TItem& Item : NewItems)
       if (Item.HashCode != -1) RehashAdd(Item.HashCode, std::move(Item.Key), std::move(Item.Value));
   }
   void RehashAdd(std::int32_t HashCode, K&& Key, V&& Value) {
-    const std::uint32_t Mask = static_cast<std::uint32_t>(FItems.size()) - 1u;
+    using Tags = detail::TBucketTags;
+    const std::uint32_t Mask = FMask;
     std::uint32_t I = static_cast<std::uint32_t>(HashCode) & Mask;
-    while (FItems[I].HashCode != -1) I = (I + 1u) & Mask;
+    Tags::TBits Free = Tags::Free(Tags::Load(FTags.data() + I));
+    while (Free == 0) {
+      I = I + Tags::GroupWidth > Mask ? 0u : I + Tags::GroupWidth;
+      Free = Tags::Free(Tags::Load(FTags.data() + I));
+    }
+    I += Tags::Position(Free);
+    FTags[I] = Tags::Of(HashCode);
     FItems[I].HashCode = HashCode;
     FItems[I].Key = std::move(Key);
     FItems[I].Value = std::move(Value);
@@ -394,6 +487,8 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   }
 
   std::vector<TItem> FItems;
+  std::vector<std::uint8_t> FTags;  // a TBucketTags byte per bucket, then the end bytes
+  std::uint32_t FMask = UINT32_MAX;  // bucket count - 1, wrapped when there are none
   std::int32_t FCount = 0;
   std::int32_t FGrowThreshold = 0;
   std::uint32_t FLayoutVersion = 0;
