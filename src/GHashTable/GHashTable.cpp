@@ -161,8 +161,14 @@ TGCustomHashtable::TKeyPath TGCustomHashtable::DecideKeyPath() const {
     FKeyPath = kpString;
   else
     FKeyPath = kpOverridable;
+  UpdateWordDivision();
   return FKeyPath;
 }
+
+void TGCustomHashtable::UpdateWordDivision() const {
+  FWordDivision = FKeyPath == kpWord && FHashType == htDivision && FCapacity > 0 && FCapacity <= MaxCapacity;
+}
+
 
 std::int32_t TGCustomHashtable::DirectBucket(Pointer Key, std::uint32_t Capacity) const {
   std::uint32_t K;
@@ -174,7 +180,8 @@ std::int32_t TGCustomHashtable::DirectBucket(Pointer Key, std::uint32_t Capacity
     K = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(Key));
   }
   // The same numbers as HashCode: division in line, the digit functions through it.
-  if (FHashType == htDivision) return static_cast<std::int32_t>((K & 0x7FFFFFFFu) % Capacity);
+  if (FHashType == htDivision)
+    return static_cast<std::int32_t>(Capacity == FCapacity ? DivisionBucket(K & 0x7FFFFFFFu) : (K & 0x7FFFFFFFu) % Capacity);
   return TGCustomHashtable::HashCode(Key, static_cast<std::int32_t>(Capacity));
 }
 
@@ -208,6 +215,7 @@ bool TGCustomHashtable::HasKey(Pointer Key, TGHashtableEntry*& Entry) const {
 }
 
 bool TGCustomHashtable::HasKey(Pointer Key) const {
+  if (FWordDivision && Key) return FindWord(Key) != nullptr;
   TGHashtableEntry* Entry;
   return Direct() ? TGCustomHashtable::HasKey(Key, Entry) : HasKey(Key, Entry);
 }
@@ -369,6 +377,7 @@ void TGCustomHashtable::SetCapacity(std::uint32_t NewCapacity) {
     FreeEntries();
     FBuckets.reset();
     FCapacity = 0;
+    UpdateWordDivision();
     UpdateThreshold();
     return;
   }
@@ -405,6 +414,8 @@ void TGCustomHashtable::SetCapacity(std::uint32_t NewCapacity) {
   }
   FBuckets = std::move(Buckets);
   FCapacity = NewCapacity;
+  FCapacityReciprocal = ~std::uint64_t{0} / NewCapacity + 1;
+  UpdateWordDivision();
   UpdateThreshold();
 }
 
@@ -412,6 +423,7 @@ void TGCustomHashtable::SetHashType(TGHashType Value) {
   if (Value == FHashType) return;
   if (FCount > 0) throw EGHashtableError(SNonEmptyTable);
   FHashType = Value;
+  UpdateWordDivision();
 }
 
 void TGCustomHashtable::SetLoadFactor(float Value) {
@@ -545,7 +557,9 @@ void TGCustomHashtable::Assign(TPersistent* Source) {
 
 // A table of the library's own class cannot have replaced the core operations, so they are
 // called without the virtual dispatch.
-Pointer TGHashtable::Get(Pointer Key) const { return Direct() ? TGCustomHashtable::GetValue(Key) : GetValue(Key); }
+Pointer TGHashtable::GetEntryValue(Pointer Key) const {
+  return Direct() ? TGCustomHashtable::GetValue(Key) : GetValue(Key);
+}
 
 void TGHashtable::Put(Pointer Key, Pointer Value) {
   if (Direct())

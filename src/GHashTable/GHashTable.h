@@ -254,7 +254,26 @@ class TGCustomHashtable : public TPersistent {
   TGHashtableEntry* DirectFind(std::int32_t Bucket, Pointer Key) const;
   // Key's bucket and entry (or null) on whichever path the table takes.
   TGHashtableEntry* Locate(Pointer Key, std::int32_t& Bucket) const;
+  // The commonest table, word keys under the division hash, finds a non-null key with one
+  // bucket read and a walk comparing words; the reciprocal replaces the divide by Capacity.
+  void UpdateWordDivision() const;
+  TGHashtableEntry* FindWord(Pointer Key) const {
+    // Every entry of a bucket is filed under it, so the word alone decides.
+    TGHashtableEntry* E =
+        FBuckets[DivisionBucket(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(Key)) & 0x7FFFFFFFu)];
+    while (E && E->FKey != Key) E = E->FNext;
+    return E;
+  }
+  // K mod Capacity by multiplying with the 64-bit reciprocal: exact for every 32-bit K and
+  // Capacity (the remainder is the fraction K / Capacity scaled back by Capacity).
+  std::uint32_t DivisionBucket(std::uint32_t K) const {
+    __extension__ using TWide = unsigned __int128;
+    const std::uint64_t Fraction = FCapacityReciprocal * K;
+    return static_cast<std::uint32_t>((static_cast<TWide>(Fraction) * FCapacity) >> 64);
+  }
   mutable TKeyPath FKeyPath = kpUndecided;
+  mutable bool FWordDivision = false;
+  std::uint64_t FCapacityReciprocal = 0;
 
   friend class TGHashtable;
   friend class TGStringHashtable;
@@ -268,7 +287,12 @@ class TGHashtable : public TGCustomHashtable {
  public:
   using TGCustomHashtable::TGCustomHashtable;
 
-  [[nodiscard]] virtual Pointer Get(Pointer Key) const;
+  /// Inline for a word table of this class under the division hash when Key is present.
+  [[nodiscard]] virtual Pointer Get(Pointer Key) const {
+    if (FWordDivision && Key)
+      if (const TGHashtableEntry* E = FindWord(Key)) return E->GetItem();
+    return GetEntryValue(Key);
+  }
   virtual void Put(Pointer Key, Pointer Value);
   virtual Pointer Remove(Pointer Key);
 
@@ -279,6 +303,10 @@ class TGHashtable : public TGCustomHashtable {
   void SetItem(Pointer Key, Pointer Value) { Put(Key, Value); }
   /// The next key of the table's own iterator.
   Pointer Next();
+
+ private:
+  // Get past its in-line path: the full lookup, with its errors.
+  Pointer GetEntryValue(Pointer Key) const;
 };
 
 /// A table keyed by 32-bit integers: each key is passed on as a machine word, so 0 is the
