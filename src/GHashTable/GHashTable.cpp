@@ -161,12 +161,14 @@ TGCustomHashtable::TKeyPath TGCustomHashtable::DecideKeyPath() const {
     FKeyPath = kpString;
   else
     FKeyPath = kpOverridable;
-  UpdateWordDivision();
+  UpdateDivisionPath();
   return FKeyPath;
 }
 
-void TGCustomHashtable::UpdateWordDivision() const {
-  FWordDivision = FKeyPath == kpWord && FHashType == htDivision && FCapacity > 0 && FCapacity <= MaxCapacity;
+void TGCustomHashtable::UpdateDivisionPath() const {
+  FDivisionPath = FHashType == htDivision && FCapacity > 0 && FCapacity <= MaxCapacity && FKeyPath != kpOverridable
+                      ? FKeyPath
+                      : kpUndecided;
 }
 
 
@@ -215,7 +217,7 @@ bool TGCustomHashtable::HasKey(Pointer Key, TGHashtableEntry*& Entry) const {
 }
 
 bool TGCustomHashtable::HasKey(Pointer Key) const {
-  if (FWordDivision && Key) return FindWord(Key) != nullptr;
+  if (FDivisionPath == kpWord && Key) return FindWord(Key) != nullptr;
   TGHashtableEntry* Entry;
   return Direct() ? TGCustomHashtable::HasKey(Key, Entry) : HasKey(Key, Entry);
 }
@@ -377,7 +379,7 @@ void TGCustomHashtable::SetCapacity(std::uint32_t NewCapacity) {
     FreeEntries();
     FBuckets.reset();
     FCapacity = 0;
-    UpdateWordDivision();
+    UpdateDivisionPath();
     UpdateThreshold();
     return;
   }
@@ -415,7 +417,7 @@ void TGCustomHashtable::SetCapacity(std::uint32_t NewCapacity) {
   FBuckets = std::move(Buckets);
   FCapacity = NewCapacity;
   FCapacityReciprocal = ~std::uint64_t{0} / NewCapacity + 1;
-  UpdateWordDivision();
+  UpdateDivisionPath();
   UpdateThreshold();
 }
 
@@ -423,7 +425,7 @@ void TGCustomHashtable::SetHashType(TGHashType Value) {
   if (Value == FHashType) return;
   if (FCount > 0) throw EGHashtableError(SNonEmptyTable);
   FHashType = Value;
-  UpdateWordDivision();
+  UpdateDivisionPath();
 }
 
 void TGCustomHashtable::SetLoadFactor(float Value) {

@@ -254,9 +254,9 @@ class TGCustomHashtable : public TPersistent {
   TGHashtableEntry* DirectFind(std::int32_t Bucket, Pointer Key) const;
   // Key's bucket and entry (or null) on whichever path the table takes.
   TGHashtableEntry* Locate(Pointer Key, std::int32_t& Bucket) const;
-  // The commonest table, word keys under the division hash, finds a non-null key with one
-  // bucket read and a walk comparing words; the reciprocal replaces the divide by Capacity.
-  void UpdateWordDivision() const;
+  // The commonest tables, word or string keys under the division hash, find a present key
+  // with one bucket read and a walk comparing keys; the reciprocal replaces the divide.
+  void UpdateDivisionPath() const;
   TGHashtableEntry* FindWord(Pointer Key) const {
     // Every entry of a bucket is filed under it, so the word alone decides.
     TGHashtableEntry* E =
@@ -272,7 +272,8 @@ class TGCustomHashtable : public TPersistent {
     return static_cast<std::uint32_t>((static_cast<TWide>(Fraction) * FCapacity) >> 64);
   }
   mutable TKeyPath FKeyPath = kpUndecided;
-  mutable bool FWordDivision = false;
+  // The key path when the table hashes by division over a usable capacity, else kpUndecided.
+  mutable TKeyPath FDivisionPath = kpUndecided;
   std::uint64_t FCapacityReciprocal = 0;
 
   friend class TGHashtable;
@@ -289,7 +290,7 @@ class TGHashtable : public TGCustomHashtable {
 
   /// Inline for a word table of this class under the division hash when Key is present.
   [[nodiscard]] virtual Pointer Get(Pointer Key) const {
-    if (FWordDivision && Key)
+    if (FDivisionPath == kpWord && Key)
       if (const TGHashtableEntry* E = FindWord(Key)) return E->GetItem();
     return GetEntryValue(Key);
   }

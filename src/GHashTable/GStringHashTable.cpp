@@ -35,6 +35,14 @@ std::unique_ptr<TGHashtableEntry> TGStringHashtable::NewHashtableEntry() {
 
 // As for word tables, the library's own class calls the core without virtual dispatch.
 Pointer TGStringHashtable::Get(const String& Key) const {
+  if (FDivisionPath == kpString && !Key.empty()) {
+    // A present key in one walk; a hash of 0, misses and errors take the full path.
+    if (const std::uint32_t H = detail::StringKeyHash(Key)) {
+      const std::uint32_t B = DivisionBucket(H & 0x7FFFFFFFu);
+      for (const TGHashtableEntry* E = FBuckets[B]; E; E = E->GetNext())
+        if (static_cast<const TGStringHashtableEntry*>(E)->GetKeyString() == Key) return E->GetItem();
+    }
+  }
   return Direct() ? TGCustomHashtable::GetValue(KeyWord(Key)) : GetValue(KeyWord(Key));
 }
 
