@@ -48,11 +48,11 @@ std::int64_t Positive(std::int32_t Key) { return static_cast<std::int64_t>(stati
 
 // ---- TGHashtableEntry ----
 
-Pointer TGHashtableEntry::GetKey() { return FKey; }
+Pointer TGHashtableEntry::GetKey() const { return FKey; }
 
 void TGHashtableEntry::SetKey(Pointer Key) { FKey = Key; }
 
-bool TGHashtableEntry::KeyEquals(Pointer Key) { return FKey == Key; }
+bool TGHashtableEntry::KeyEquals(Pointer Key) const { return FKey == Key; }
 
 // ---- TGCustomHashtable ----
 
@@ -84,12 +84,12 @@ TGCustomHashtable::~TGCustomHashtable() {
   }
 }
 
-std::int32_t TGCustomHashtable::HashCode(Pointer Key, std::int32_t Size) {
+std::int32_t TGCustomHashtable::HashCode(Pointer Key, std::int32_t Size) const {
   if (!Key) throw EGHashtableError(SNullArgument);
   return HashWord(static_cast<std::int32_t>(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(Key))), Size);
 }
 
-std::int32_t TGCustomHashtable::HashWord(std::int32_t K, std::int32_t Size) {
+std::int32_t TGCustomHashtable::HashWord(std::int32_t K, std::int32_t Size) const {
   switch (FHashType) {
     case htTruncation: return TruncationHash(K, Size);
     case htDivision: return DivisionHash(K, Size);
@@ -99,20 +99,20 @@ std::int32_t TGCustomHashtable::HashWord(std::int32_t K, std::int32_t Size) {
   throw EGHashtableError(SSubscriptOutOfRange);
 }
 
-std::int32_t TGCustomHashtable::DivisionHash(std::int32_t Key, std::int32_t Size) {
+std::int32_t TGCustomHashtable::DivisionHash(std::int32_t Key, std::int32_t Size) const {
   if (Size == 0) throw EDivByZero(SDivByZero);
   // 32-bit division: the key is not negative, so this is the signed remainder.
   return static_cast<std::int32_t>(Positive(Key)) % Size;
 }
 
 // The key's last d decimal digits, d being the length of Size's decimal text.
-std::int32_t TGCustomHashtable::TruncationHash(std::int32_t Key, std::int32_t Size) {
+std::int32_t TGCustomHashtable::TruncationHash(std::int32_t Key, std::int32_t Size) const {
   return ModSize(Positive(Key) % Pow10(DecimalLength(Size)), Size);
 }
 
 // d digits from the middle of the square's decimal text (the text of length L is cut from
 // character L - L div 2 + 1 on), when its half length exceeds d.
-std::int32_t TGCustomHashtable::MidSquareHash(std::int32_t Key, std::int32_t Size) {
+std::int32_t TGCustomHashtable::MidSquareHash(std::int32_t Key, std::int32_t Size) const {
   const std::uint32_t U = static_cast<std::uint32_t>(Key);
   const std::int64_t S = (U * U) & 0x7FFFFFFFu;
   const int D = DecimalLength(Size);
@@ -123,7 +123,7 @@ std::int32_t TGCustomHashtable::MidSquareHash(std::int32_t Key, std::int32_t Siz
 
 // The first digit, then every digit at an even position or a position divisible by 3
 // (1-based, from the left).
-std::int32_t TGCustomHashtable::FoldingHash(std::int32_t Key, std::int32_t Size) {
+std::int32_t TGCustomHashtable::FoldingHash(std::int32_t Key, std::int32_t Size) const {
   std::int64_t K = Positive(Key);
   int Digits[10];
   int L = 0;
@@ -137,7 +137,7 @@ std::int32_t TGCustomHashtable::FoldingHash(std::int32_t Key, std::int32_t Size)
   return ModSize(R, Size);
 }
 
-std::int32_t TGCustomHashtable::BucketOf(Pointer Key) {
+std::int32_t TGCustomHashtable::BucketOf(Pointer Key) const {
   const std::int32_t B = HashCode(Key, static_cast<std::int32_t>(FCapacity));
   // An index past the buckets can only come from an overriding HashCode; refusing it keeps
   // the table from writing outside its bucket array.
@@ -145,13 +145,13 @@ std::int32_t TGCustomHashtable::BucketOf(Pointer Key) {
   return B;
 }
 
-TGHashtableEntry* TGCustomHashtable::FindInBucket(std::int32_t Bucket, Pointer Key) {
+TGHashtableEntry* TGCustomHashtable::FindInBucket(std::int32_t Bucket, Pointer Key) const {
   for (TGHashtableEntry* E = FBuckets[Bucket]; E; E = E->FNext)
     if (E->FHash == Bucket && E->KeyEquals(Key)) return E;
   return nullptr;
 }
 
-TGCustomHashtable::TKeyPath TGCustomHashtable::DecideKeyPath() {
+TGCustomHashtable::TKeyPath TGCustomHashtable::DecideKeyPath() const {
   // typeid names the complete object's class (while a base is being constructed it names
   // that base, and no constructor of the library looks a key up).
   const std::type_info& Class = typeid(*this);
@@ -161,10 +161,18 @@ TGCustomHashtable::TKeyPath TGCustomHashtable::DecideKeyPath() {
     FKeyPath = kpString;
   else
     FKeyPath = kpOverridable;
+  UpdateDivisionPath();
   return FKeyPath;
 }
 
-std::int32_t TGCustomHashtable::DirectBucket(Pointer Key, std::uint32_t Capacity) {
+void TGCustomHashtable::UpdateDivisionPath() const {
+  FDivisionPath = FHashType == htDivision && FCapacity > 0 && FCapacity <= MaxCapacity && FKeyPath != kpOverridable
+                      ? FKeyPath
+                      : kpUndecided;
+}
+
+
+std::int32_t TGCustomHashtable::DirectBucket(Pointer Key, std::uint32_t Capacity) const {
   std::uint32_t K;
   if (FKeyPath == kpString) {
     K = detail::StringKeyHash(*static_cast<const String*>(Key));
@@ -174,11 +182,12 @@ std::int32_t TGCustomHashtable::DirectBucket(Pointer Key, std::uint32_t Capacity
     K = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(Key));
   }
   // The same numbers as HashCode: division in line, the digit functions through it.
-  if (FHashType == htDivision) return static_cast<std::int32_t>((K & 0x7FFFFFFFu) % Capacity);
+  if (FHashType == htDivision)
+    return static_cast<std::int32_t>(Capacity == FCapacity ? DivisionBucket(K & 0x7FFFFFFFu) : (K & 0x7FFFFFFFu) % Capacity);
   return TGCustomHashtable::HashCode(Key, static_cast<std::int32_t>(Capacity));
 }
 
-TGHashtableEntry* TGCustomHashtable::DirectFind(std::int32_t Bucket, Pointer Key) {
+TGHashtableEntry* TGCustomHashtable::DirectFind(std::int32_t Bucket, Pointer Key) const {
   TGHashtableEntry* E = FBuckets[Bucket];
   if (FKeyPath == kpWord) {
     while (E && !(E->FKey == Key && E->FHash == Bucket)) E = E->FNext;
@@ -189,7 +198,7 @@ TGHashtableEntry* TGCustomHashtable::DirectFind(std::int32_t Bucket, Pointer Key
   return E;
 }
 
-TGHashtableEntry* TGCustomHashtable::Locate(Pointer Key, std::int32_t& Bucket) {
+TGHashtableEntry* TGCustomHashtable::Locate(Pointer Key, std::int32_t& Bucket) const {
   if (Direct() && FCapacity > 0 && FCapacity <= MaxCapacity) {
     Bucket = DirectBucket(Key, FCapacity);
     return DirectFind(Bucket, Key);
@@ -198,7 +207,7 @@ TGHashtableEntry* TGCustomHashtable::Locate(Pointer Key, std::int32_t& Bucket) {
   return FindInBucket(Bucket, Key);
 }
 
-bool TGCustomHashtable::HasKey(Pointer Key, TGHashtableEntry*& Entry) {
+bool TGCustomHashtable::HasKey(Pointer Key, TGHashtableEntry*& Entry) const {
   Entry = nullptr;
   if (FCount == 0) return false;
   if (!Key) throw EGHashtableError(SNullArgument);
@@ -207,19 +216,20 @@ bool TGCustomHashtable::HasKey(Pointer Key, TGHashtableEntry*& Entry) {
   return Entry != nullptr;
 }
 
-bool TGCustomHashtable::HasKey(Pointer Key) {
+bool TGCustomHashtable::HasKey(Pointer Key) const {
+  if (FDivisionPath == kpWord && Key) return FindWord(Key) != nullptr;
   TGHashtableEntry* Entry;
   return Direct() ? TGCustomHashtable::HasKey(Key, Entry) : HasKey(Key, Entry);
 }
 
-TGHashtableEntry* TGCustomHashtable::FindEntry(Pointer Key) {
+TGHashtableEntry* TGCustomHashtable::FindEntry(Pointer Key) const {
   if (FCount == 0) return nullptr;
   if (!Key) throw EGHashtableError(SNullArgument);
   std::int32_t Bucket;
   return Locate(Key, Bucket);
 }
 
-Pointer TGCustomHashtable::GetValue(Pointer Key) {
+Pointer TGCustomHashtable::GetValue(Pointer Key) const {
   if (FCount == 0) throw EGHashtableError(STableEmpty);
   TGHashtableEntry* E = FindEntry(Key);
   if (!E) throw EGHashtableError(SNoSuchElement);
@@ -268,7 +278,7 @@ void TGCustomHashtable::UpdateThreshold() {
     FThreshold = static_cast<std::int64_t>(std::nearbyint(T));
 }
 
-void TGCustomHashtable::CheckCanGrow() {
+void TGCustomHashtable::CheckCanGrow() const {
   // The threshold grows with the capacity for a positive load factor, so the largest
   // capacity that growth can reach decides; a load factor of 0 or below never makes room,
   // and growing for ever is refused up front.
@@ -330,7 +340,7 @@ Pointer TGCustomHashtable::RemoveValue(Pointer Key) {
   return Value;
 }
 
-bool TGCustomHashtable::ContainsItem(Pointer Value) {
+bool TGCustomHashtable::ContainsItem(Pointer Value) const {
   if (FCount == 0) return false;
   for (std::uint32_t B = FCapacity; B-- > 0;)
     for (TGHashtableEntry* E = FBuckets[B]; E; E = E->FNext)
@@ -369,6 +379,7 @@ void TGCustomHashtable::SetCapacity(std::uint32_t NewCapacity) {
     FreeEntries();
     FBuckets.reset();
     FCapacity = 0;
+    UpdateDivisionPath();
     UpdateThreshold();
     return;
   }
@@ -405,6 +416,8 @@ void TGCustomHashtable::SetCapacity(std::uint32_t NewCapacity) {
   }
   FBuckets = std::move(Buckets);
   FCapacity = NewCapacity;
+  FCapacityReciprocal = ~std::uint64_t{0} / NewCapacity + 1;
+  UpdateDivisionPath();
   UpdateThreshold();
 }
 
@@ -412,6 +425,7 @@ void TGCustomHashtable::SetHashType(TGHashType Value) {
   if (Value == FHashType) return;
   if (FCount > 0) throw EGHashtableError(SNonEmptyTable);
   FHashType = Value;
+  UpdateDivisionPath();
 }
 
 void TGCustomHashtable::SetLoadFactor(float Value) {
@@ -424,7 +438,7 @@ void TGCustomHashtable::SetLoadFactor(float Value) {
   }
 }
 
-bool TGCustomHashtable::GetEOT() { return !FEnumerator->HasMoreElements(); }
+bool TGCustomHashtable::GetEOT() const { return !FEnumerator->HasMoreElements(); }
 
 Pointer TGCustomHashtable::NextElement() { return FEnumerator->NextElement(); }
 
@@ -432,13 +446,13 @@ void TGCustomHashtable::Reset() { FEnumerator->Reset(); }
 
 // ---- positional access ----
 
-void TGCustomHashtable::ClearCache() {
+void TGCustomHashtable::ClearCache() const {
   FCachedIndex = -1;
   FCachedEntry = nullptr;
   FCachedHashIndex = -1;
 }
 
-void TGCustomHashtable::CursorToFirst() {
+void TGCustomHashtable::CursorToFirst() const {
   std::int32_t B = 0;
   while (!FBuckets[B]) ++B;
   FCachedIndex = 0;
@@ -446,7 +460,7 @@ void TGCustomHashtable::CursorToFirst() {
   FCachedEntry = FBuckets[B];
 }
 
-void TGCustomHashtable::StepForward() {
+void TGCustomHashtable::StepForward() const {
   if (FCachedEntry->FNext) {
     FCachedEntry = FCachedEntry->FNext;
   } else {
@@ -458,7 +472,7 @@ void TGCustomHashtable::StepForward() {
   ++FCachedIndex;
 }
 
-void TGCustomHashtable::StepBack() {
+void TGCustomHashtable::StepBack() const {
   TGHashtableEntry* Head = FBuckets[FCachedHashIndex];
   if (Head != FCachedEntry) {
     TGHashtableEntry* E = Head;
@@ -475,7 +489,9 @@ void TGCustomHashtable::StepBack() {
   --FCachedIndex;
 }
 
-TGHashtableEntry* TGCustomHashtable::GoToEntry(std::int32_t Index) {
+TGHashtableEntry* TGCustomHashtable::GoToEntry(std::int32_t Index) { return SeekEntry(Index); }
+
+TGHashtableEntry* TGCustomHashtable::SeekEntry(std::int32_t Index) const {
   if (Index < 0 || Index >= FCount) throw EListError(SListIndexError, {Index});
   if (FCachedIndex < 0) CursorToFirst();
   if (Index == FCachedIndex + 1) {
@@ -489,9 +505,9 @@ TGHashtableEntry* TGCustomHashtable::GoToEntry(std::int32_t Index) {
   return FCachedEntry;
 }
 
-Pointer TGCustomHashtable::GetItemByIndex(std::int32_t Index) { return GoToEntry(Index)->FItem; }
+Pointer TGCustomHashtable::GetItemByIndex(std::int32_t Index) const { return SeekEntry(Index)->FItem; }
 
-Pointer TGCustomHashtable::GetKeyByIndex(std::int32_t Index) { return GoToEntry(Index)->GetKey(); }
+Pointer TGCustomHashtable::GetKeyByIndex(std::int32_t Index) const { return SeekEntry(Index)->GetKey(); }
 
 // ---- notification ----
 
@@ -543,7 +559,9 @@ void TGCustomHashtable::Assign(TPersistent* Source) {
 
 // A table of the library's own class cannot have replaced the core operations, so they are
 // called without the virtual dispatch.
-Pointer TGHashtable::Get(Pointer Key) { return Direct() ? TGCustomHashtable::GetValue(Key) : GetValue(Key); }
+Pointer TGHashtable::GetEntryValue(Pointer Key) const {
+  return Direct() ? TGCustomHashtable::GetValue(Key) : GetValue(Key);
+}
 
 void TGHashtable::Put(Pointer Key, Pointer Value) {
   if (Direct())
@@ -554,9 +572,9 @@ void TGHashtable::Put(Pointer Key, Pointer Value) {
 
 Pointer TGHashtable::Remove(Pointer Key) { return Direct() ? TGCustomHashtable::RemoveValue(Key) : RemoveValue(Key); }
 
-bool TGHashtable::ContainsKey(Pointer Key) { return HasKey(Key); }
+bool TGHashtable::ContainsKey(Pointer Key) const { return HasKey(Key); }
 
-bool TGHashtable::ContainsKey(Pointer Key, Pointer& Value) {
+bool TGHashtable::ContainsKey(Pointer Key, Pointer& Value) const {
   TGHashtableEntry* E;
   const bool Found = Direct() ? TGCustomHashtable::HasKey(Key, E) : HasKey(Key, E);
   Value = Found ? E->GetItem() : nullptr;

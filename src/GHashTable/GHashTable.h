@@ -63,10 +63,10 @@ class TGHashtableEntry : public TObject {
   KZ_CLASS(TGHashtableEntry, TObject)
  public:
   /// The key as the word the table passes around.
-  virtual Pointer GetKey();
+  virtual Pointer GetKey() const;
   virtual void SetKey(Pointer Key);
   /// Word keys are equal when the words are identical.
-  virtual bool KeyEquals(Pointer Key);
+  virtual bool KeyEquals(Pointer Key) const;
 
   /// The bucket the entry is filed under.
   std::int32_t GetHash() const { return FHash; }
@@ -98,13 +98,13 @@ class TGCustomHashtable : public TPersistent {
   ~TGCustomHashtable() override;
 
   /// The value of Key. Raises "Table is empty", "Argument is null", "No such element".
-  [[nodiscard]] virtual Pointer GetValue(Pointer Key);
+  [[nodiscard]] virtual Pointer GetValue(Pointer Key) const;
   /// Finds Key; Entry is the entry found or null. An empty table answers false for any key;
   /// otherwise a null key raises "Argument is null".
-  virtual bool HasKey(Pointer Key, TGHashtableEntry*& Entry);
+  virtual bool HasKey(Pointer Key, TGHashtableEntry*& Entry) const;
   /// The bucket of Key among Size buckets, by the table's hash type. Raises "Argument is
   /// null" for a null key, EDivByZero for Size 0. Overrides must answer 0 .. Size-1.
-  virtual std::int32_t HashCode(Pointer Key, std::int32_t Size);
+  virtual std::int32_t HashCode(Pointer Key, std::int32_t Size) const;
   /// A fresh entry of the table's entry class.
   virtual std::unique_ptr<TGHashtableEntry> NewHashtableEntry();
   /// Grows to Capacity * 2 + 1 buckets.
@@ -119,12 +119,12 @@ class TGCustomHashtable : public TPersistent {
   virtual void PutValue(Pointer Key, Pointer Value);
   // The four bucket functions, over the key's low 32 bits with the sign bit cleared.
   // Size 0 raises EDivByZero.
-  virtual std::int32_t DivisionHash(std::int32_t Key, std::int32_t Size);
-  virtual std::int32_t TruncationHash(std::int32_t Key, std::int32_t Size);
-  virtual std::int32_t MidSquareHash(std::int32_t Key, std::int32_t Size);
-  virtual std::int32_t FoldingHash(std::int32_t Key, std::int32_t Size);
+  virtual std::int32_t DivisionHash(std::int32_t Key, std::int32_t Size) const;
+  virtual std::int32_t TruncationHash(std::int32_t Key, std::int32_t Size) const;
+  virtual std::int32_t MidSquareHash(std::int32_t Key, std::int32_t Size) const;
+  virtual std::int32_t FoldingHash(std::int32_t Key, std::int32_t Size) const;
   /// True when some entry holds Value (identity). O(Count).
-  [[nodiscard]] virtual bool ContainsItem(Pointer Value);
+  [[nodiscard]] virtual bool ContainsItem(Pointer Value) const;
   virtual void BeginUpdate();
   /// Frees every entry (not the values); Capacity stays. An empty table does nothing.
   virtual void Clear();
@@ -136,10 +136,10 @@ class TGCustomHashtable : public TPersistent {
   /// Restarts the table's own iterator.
   virtual void Reset();
 
-  [[nodiscard]] bool HasKey(Pointer Key);
+  [[nodiscard]] bool HasKey(Pointer Key) const;
   /// The entry of Key, or null (an empty table answers null for any key). The entry stays
   /// owned by the table.
-  [[nodiscard]] TGHashtableEntry* FindEntry(Pointer Key);
+  [[nodiscard]] TGHashtableEntry* FindEntry(Pointer Key) const;
   [[nodiscard]] bool IsEmpty() const { return FCount == 0; }
 
   std::uint32_t GetCapacity() const { return FCapacity; }
@@ -161,15 +161,16 @@ class TGCustomHashtable : public TPersistent {
   /// 64-bit range). A NaN load factor raises "Load factor must be between 0.0 and 0.1".
   std::int64_t GetThreshold() const;
   /// True when the table's own iterator has nothing more to give.
-  bool GetEOT();
+  [[nodiscard]] bool GetEOT() const;
 
   /// The entry at Index in positional order: buckets ascending, each chain from its head.
   /// Raises EListError (list index) outside 0 .. Count-1.
   TGHashtableEntry* GoToEntry(std::int32_t Index);
-  [[nodiscard]] Pointer GetItemByIndex(std::int32_t Index);
-  [[nodiscard]] Pointer GetKeyByIndex(std::int32_t Index);
+  /// As GoToEntry; only the cursor, a cache, moves.
+  [[nodiscard]] Pointer GetItemByIndex(std::int32_t Index) const;
+  [[nodiscard]] Pointer GetKeyByIndex(std::int32_t Index) const;
   /// Forgets the positional cursor.
-  void ClearCache();
+  void ClearCache() const;
 
   /// Signals a change: unless inside an update, tells the owner, then calls OnChange.
   virtual void Change();
@@ -194,34 +195,37 @@ class TGCustomHashtable : public TPersistent {
   /// The bucket of the integer Key among Size buckets by the table's hash type: what
   /// HashCode does with a word key once it is known not to be null, for key families whose
   /// hash is an integer (the string tables).
-  std::int32_t HashWord(std::int32_t Key, std::int32_t Size);
+  std::int32_t HashWord(std::int32_t Key, std::int32_t Size) const;
   void SetCount(std::int32_t Value) { FCount = Value; }
   void SetCollisions(std::int32_t Value) { FCollisions = Value; }
   /// The bucket that HashCode(Key, Capacity) gives; raises "Subscript out of range" for an
   /// index outside the buckets.
-  std::int32_t BucketOf(Pointer Key);
+  std::int32_t BucketOf(Pointer Key) const;
   /// The entry of bucket Bucket filed with Key, or null.
-  TGHashtableEntry* FindInBucket(std::int32_t Bucket, Pointer Key);
+  TGHashtableEntry* FindInBucket(std::int32_t Bucket, Pointer Key) const;
   /// Pushes a new entry (Key, Value) at the head of Bucket and counts it; no growth test
   /// and no Change. For subclasses that write their own put.
   TGHashtableEntry* AddEntry(std::int32_t Bucket, Pointer Key, Pointer Value);
   /// Raises "Load factor too small ..." when no reachable capacity would lift the threshold
   /// above Count, so that growing could never make room.
-  void CheckCanGrow();
+  void CheckCanGrow() const;
   /// Whether this table's keys are strings (fixes what a key word points to).
   virtual bool HasStringKeys() const { return false; }
 
  private:
   void FreeEntries();
   void UpdateThreshold();
-  void StepForward();
-  void StepBack();
-  void CursorToFirst();
+  void StepForward() const;
+  void StepBack() const;
+  void CursorToFirst() const;
+  // The positional cursor's walk to Index, shared by GoToEntry and the const readers.
+  TGHashtableEntry* SeekEntry(std::int32_t Index) const;
 
   std::uint32_t FCapacity = 0;
   std::int32_t FCollisions = 0;
   std::int32_t FCount = 0;
   TGHashType FHashType = htDivision;
+  // The table's own iterator; GetEOT asks it, which may advance it to the next bucket.
   TIntfPtr<TGHashtableEnumerator> FEnumerator;
   std::unique_ptr<TGHashtableEntry*[]> FBuckets;
   TNotifyEvent FOnChange;
@@ -230,9 +234,10 @@ class TGCustomHashtable : public TPersistent {
   std::int64_t FThreshold = 0;
   bool FThresholdNaN = false;
   TIntfPtr<IHashTableOwner> FOwner;
-  std::int32_t FCachedIndex = -1;
-  TGHashtableEntry* FCachedEntry = nullptr;
-  std::int32_t FCachedHashIndex = -1;
+  // The positional cursor: a cache of the last position reached, moved by const readers.
+  mutable std::int32_t FCachedIndex = -1;
+  mutable TGHashtableEntry* FCachedEntry = nullptr;
+  mutable std::int32_t FCachedHashIndex = -1;
   // Every live iterator over this table, so that removals and the table's end never leave
   // one holding a freed entry.
   TGHashtableEnumerator* FIterators = nullptr;
@@ -241,15 +246,35 @@ class TGCustomHashtable : public TPersistent {
   // complete: a table of exactly one of the library's classes hashes and compares in line;
   // any subclass goes through its HashCode, NewHashtableEntry and KeyEquals.
   enum TKeyPath : std::uint8_t { kpUndecided, kpOverridable, kpWord, kpString };
-  TKeyPath KeyPath() { return FKeyPath != kpUndecided ? FKeyPath : DecideKeyPath(); }
-  TKeyPath DecideKeyPath();
-  bool Direct() { return KeyPath() != kpOverridable; }
+  TKeyPath KeyPath() const { return FKeyPath != kpUndecided ? FKeyPath : DecideKeyPath(); }
+  TKeyPath DecideKeyPath() const;
+  bool Direct() const { return KeyPath() != kpOverridable; }
   // The in-line bucket and bucket search of a direct table (Key not null, Capacity > 0).
-  std::int32_t DirectBucket(Pointer Key, std::uint32_t Capacity);
-  TGHashtableEntry* DirectFind(std::int32_t Bucket, Pointer Key);
+  std::int32_t DirectBucket(Pointer Key, std::uint32_t Capacity) const;
+  TGHashtableEntry* DirectFind(std::int32_t Bucket, Pointer Key) const;
   // Key's bucket and entry (or null) on whichever path the table takes.
-  TGHashtableEntry* Locate(Pointer Key, std::int32_t& Bucket);
-  TKeyPath FKeyPath = kpUndecided;
+  TGHashtableEntry* Locate(Pointer Key, std::int32_t& Bucket) const;
+  // The commonest tables, word or string keys under the division hash, find a present key
+  // with one bucket read and a walk comparing keys; the reciprocal replaces the divide.
+  void UpdateDivisionPath() const;
+  TGHashtableEntry* FindWord(Pointer Key) const {
+    // Every entry of a bucket is filed under it, so the word alone decides.
+    TGHashtableEntry* E =
+        FBuckets[DivisionBucket(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(Key)) & 0x7FFFFFFFu)];
+    while (E && E->FKey != Key) E = E->FNext;
+    return E;
+  }
+  // K mod Capacity by multiplying with the 64-bit reciprocal: exact for every 32-bit K and
+  // Capacity (the remainder is the fraction K / Capacity scaled back by Capacity).
+  std::uint32_t DivisionBucket(std::uint32_t K) const {
+    __extension__ using TWide = unsigned __int128;
+    const std::uint64_t Fraction = FCapacityReciprocal * K;
+    return static_cast<std::uint32_t>((static_cast<TWide>(Fraction) * FCapacity) >> 64);
+  }
+  mutable TKeyPath FKeyPath = kpUndecided;
+  // The key path when the table hashes by division over a usable capacity, else kpUndecided.
+  mutable TKeyPath FDivisionPath = kpUndecided;
+  std::uint64_t FCapacityReciprocal = 0;
 
   friend class TGHashtable;
   friend class TGStringHashtable;
@@ -263,17 +288,26 @@ class TGHashtable : public TGCustomHashtable {
  public:
   using TGCustomHashtable::TGCustomHashtable;
 
-  [[nodiscard]] virtual Pointer Get(Pointer Key);
+  /// Inline for a word table of this class under the division hash when Key is present.
+  [[nodiscard]] virtual Pointer Get(Pointer Key) const {
+    if (FDivisionPath == kpWord && Key)
+      if (const TGHashtableEntry* E = FindWord(Key)) return E->GetItem();
+    return GetEntryValue(Key);
+  }
   virtual void Put(Pointer Key, Pointer Value);
   virtual Pointer Remove(Pointer Key);
 
-  [[nodiscard]] bool ContainsKey(Pointer Key);
+  [[nodiscard]] bool ContainsKey(Pointer Key) const;
   /// Value is the value found, or null when absent.
-  bool ContainsKey(Pointer Key, Pointer& Value);
-  [[nodiscard]] Pointer GetItem(Pointer Key) { return Get(Key); }
+  bool ContainsKey(Pointer Key, Pointer& Value) const;
+  [[nodiscard]] Pointer GetItem(Pointer Key) const { return Get(Key); }
   void SetItem(Pointer Key, Pointer Value) { Put(Key, Value); }
   /// The next key of the table's own iterator.
   Pointer Next();
+
+ private:
+  // Get past its in-line path: the full lookup, with its errors.
+  Pointer GetEntryValue(Pointer Key) const;
 };
 
 /// A table keyed by 32-bit integers: each key is passed on as a machine word, so 0 is the
@@ -289,12 +323,12 @@ class TGHashIntTable : public TGHashtable {
   using TGHashtable::GetItem;
   using TGHashtable::SetItem;
 
-  [[nodiscard]] bool ContainsKey(std::int32_t Key) { return TGHashtable::ContainsKey(KeyWord(Key)); }
-  bool ContainsKey(std::int32_t Key, Pointer& Value) { return TGHashtable::ContainsKey(KeyWord(Key), Value); }
-  [[nodiscard]] Pointer Get(std::int32_t Key) { return Get(KeyWord(Key)); }
+  [[nodiscard]] bool ContainsKey(std::int32_t Key) const { return TGHashtable::ContainsKey(KeyWord(Key)); }
+  bool ContainsKey(std::int32_t Key, Pointer& Value) const { return TGHashtable::ContainsKey(KeyWord(Key), Value); }
+  [[nodiscard]] Pointer Get(std::int32_t Key) const { return Get(KeyWord(Key)); }
   void Put(std::int32_t Key, Pointer Value) { Put(KeyWord(Key), Value); }
   Pointer Remove(std::int32_t Key) { return Remove(KeyWord(Key)); }
-  [[nodiscard]] Pointer GetItem(std::int32_t Key) { return Get(KeyWord(Key)); }
+  [[nodiscard]] Pointer GetItem(std::int32_t Key) const { return Get(KeyWord(Key)); }
   void SetItem(std::int32_t Key, Pointer Value) { Put(KeyWord(Key), Value); }
 
   /// The word an integer key travels as.
@@ -351,10 +385,10 @@ class TGHashtableEnumerator : public TInterfacedObject, public IIterator {
 class TGStringHashtableEntry : public TGHashtableEntry {
   KZ_CLASS(TGStringHashtableEntry, TGHashtableEntry)
  public:
-  Pointer GetKey() override;
+  Pointer GetKey() const override;
   /// Key points to a String (or is null for the empty string); the text is copied.
   void SetKey(Pointer Key) override;
-  bool KeyEquals(Pointer Key) override;
+  bool KeyEquals(Pointer Key) const override;
   const String& GetKeyString() const { return FKeyString; }
 
  private:
@@ -375,19 +409,19 @@ class TGStringHashtable : public TGCustomHashtable {
   void AssignTo(TPersistent* Dest) override;
   /// Multiplicative hash over the code units (long strings sampled), then the table's hash
   /// type over that number; a string hashing to 0 raises "Argument is null".
-  std::int32_t HashCode(Pointer Key, std::int32_t Size) override;
+  std::int32_t HashCode(Pointer Key, std::int32_t Size) const override;
   std::unique_ptr<TGHashtableEntry> NewHashtableEntry() override;
 
-  [[nodiscard]] virtual Pointer Get(const String& Key);
+  [[nodiscard]] virtual Pointer Get(const String& Key) const;
   virtual void Put(const String& Key, Pointer Value);
   virtual Pointer Remove(const String& Key);
 
   /// False at once for the empty string.
-  [[nodiscard]] bool ContainsKey(const String& Key);
-  bool ContainsKey(const String& Key, Pointer& Value);
-  [[nodiscard]] Pointer GetItem(const String& Key) { return Get(Key); }
+  [[nodiscard]] bool ContainsKey(const String& Key) const;
+  bool ContainsKey(const String& Key, Pointer& Value) const;
+  [[nodiscard]] Pointer GetItem(const String& Key) const { return Get(Key); }
   void SetItem(const String& Key, Pointer Value) { Put(Key, Value); }
-  [[nodiscard]] String GetKeyByIndex(std::int32_t Index);
+  [[nodiscard]] String GetKeyByIndex(std::int32_t Index) const;
   /// The next key of the table's own iterator.
   String Next();
   /// A new iterator over the values, usable through IIterator only.

@@ -10,17 +10,17 @@ using namespace GHashTable;
 
 // ---- TGStringHashtableEntry ----
 
-Pointer TGStringHashtableEntry::GetKey() { return TGStringHashtable::KeyWord(FKeyString); }
+Pointer TGStringHashtableEntry::GetKey() const { return TGStringHashtable::KeyWord(FKeyString); }
 
 void TGStringHashtableEntry::SetKey(Pointer Key) { FKeyString = TGStringHashtable::KeyText(Key); }
 
-bool TGStringHashtableEntry::KeyEquals(Pointer Key) {
+bool TGStringHashtableEntry::KeyEquals(Pointer Key) const {
   return Key ? FKeyString == *static_cast<const String*>(Key) : FKeyString.empty();
 }
 
 // ---- TGStringHashtable ----
 
-std::int32_t TGStringHashtable::HashCode(Pointer Key, std::int32_t Size) {
+std::int32_t TGStringHashtable::HashCode(Pointer Key, std::int32_t Size) const {
   if (!Key) throw EGHashtableError(SNullArgument);
   // The same number as the tables' in-line path; a sum of 0 is refused as the word hash
   // refuses a null key.
@@ -34,7 +34,15 @@ std::unique_ptr<TGHashtableEntry> TGStringHashtable::NewHashtableEntry() {
 }
 
 // As for word tables, the library's own class calls the core without virtual dispatch.
-Pointer TGStringHashtable::Get(const String& Key) {
+Pointer TGStringHashtable::Get(const String& Key) const {
+  if (FDivisionPath == kpString && !Key.empty()) {
+    // A present key in one walk; a hash of 0, misses and errors take the full path.
+    if (const std::uint32_t H = detail::StringKeyHash(Key)) {
+      const std::uint32_t B = DivisionBucket(H & 0x7FFFFFFFu);
+      for (const TGHashtableEntry* E = FBuckets[B]; E; E = E->GetNext())
+        if (static_cast<const TGStringHashtableEntry*>(E)->GetKeyString() == Key) return E->GetItem();
+    }
+  }
   return Direct() ? TGCustomHashtable::GetValue(KeyWord(Key)) : GetValue(KeyWord(Key));
 }
 
@@ -49,9 +57,9 @@ Pointer TGStringHashtable::Remove(const String& Key) {
   return Direct() ? TGCustomHashtable::RemoveValue(KeyWord(Key)) : RemoveValue(KeyWord(Key));
 }
 
-bool TGStringHashtable::ContainsKey(const String& Key) { return !Key.empty() && HasKey(KeyWord(Key)); }
+bool TGStringHashtable::ContainsKey(const String& Key) const { return !Key.empty() && HasKey(KeyWord(Key)); }
 
-bool TGStringHashtable::ContainsKey(const String& Key, Pointer& Value) {
+bool TGStringHashtable::ContainsKey(const String& Key, Pointer& Value) const {
   TGHashtableEntry* E = nullptr;
   const bool Found =
       !Key.empty() && (Direct() ? TGCustomHashtable::HasKey(KeyWord(Key), E) : HasKey(KeyWord(Key), E));
@@ -59,7 +67,7 @@ bool TGStringHashtable::ContainsKey(const String& Key, Pointer& Value) {
   return Found;
 }
 
-String TGStringHashtable::GetKeyByIndex(std::int32_t Index) { return KeyText(GoToEntry(Index)->GetKey()); }
+String TGStringHashtable::GetKeyByIndex(std::int32_t Index) const { return KeyText(TGCustomHashtable::GetKeyByIndex(Index)); }
 
 String TGStringHashtable::Next() { return KeyText(NextElement()); }
 

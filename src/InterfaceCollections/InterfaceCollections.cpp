@@ -107,7 +107,7 @@ void TCountedValues<TBase>::Clear() {
 }
 
 template <class TBase>
-TIntfPtr<IInterface> TCountedValues<TBase>::GetCounted(Pointer Key, const String& KeyText) {
+TIntfPtr<IInterface> TCountedValues<TBase>::GetCounted(Pointer Key, const String& KeyText) const {
   if (this->IsEmpty()) throw EGHashtableError(STableEmpty);
   TGHashtableEntry* E = this->FindEntry(Key);
   if (!E) throw EGHashtableError(SNoSuchKey, {KeyText});
@@ -115,7 +115,7 @@ TIntfPtr<IInterface> TCountedValues<TBase>::GetCounted(Pointer Key, const String
 }
 
 template <class TBase>
-bool TCountedValues<TBase>::ContainsCounted(Pointer Key, TIntfPtr<IInterface>& Value) {
+bool TCountedValues<TBase>::ContainsCounted(Pointer Key, TIntfPtr<IInterface>& Value) const {
   TGHashtableEntry* E = nullptr;
   const bool Found = this->HasKey(Key, E);
   Value = Found ? TIntfPtr<IInterface>(AsIntf(E->GetItem())) : nullptr;
@@ -140,11 +140,11 @@ TIHashTable::~TIHashTable() = default;
 
 std::unique_ptr<TGHashtableEntry> TIHashTable::NewHashtableEntry() { return std::make_unique<TIHashtableEntry>(); }
 
-TIntfPtr<IInterface> TIHashTable::GetValueI(Pointer Key) {
+TIntfPtr<IInterface> TIHashTable::GetValueI(Pointer Key) const {
   return GetCounted(Key, IntToStr(static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(Key))));
 }
 
-TIntfPtr<IInterface> TIHashTable::GetItemByIndex(std::int32_t Index) {
+TIntfPtr<IInterface> TIHashTable::GetItemByIndex(std::int32_t Index) const {
   return TIntfPtr<IInterface>(AsIntf(TGHashtable::GetItemByIndex(Index)));
 }
 
@@ -160,12 +160,12 @@ std::unique_ptr<TGHashtableEntry> TIStringHashTable::NewHashtableEntry() {
   return std::make_unique<TIStringHashtableEntry>();
 }
 
-bool TIStringHashTable::ContainsKey(const String& Key, TIntfPtr<IInterface>& Value) {
+bool TIStringHashTable::ContainsKey(const String& Key, TIntfPtr<IInterface>& Value) const {
   Value = nullptr;
   return !Key.empty() && ContainsCounted(KeyWord(Key), Value);
 }
 
-TIntfPtr<IInterface> TIStringHashTable::GetItemByIndex(std::int32_t Index) {
+TIntfPtr<IInterface> TIStringHashTable::GetItemByIndex(std::int32_t Index) const {
   return TIntfPtr<IInterface>(AsIntf(TGStringHashtable::GetItemByIndex(Index)));
 }
 

@@ -82,8 +82,8 @@ class TCountedValues : public TBase {
   TIntfPtr<IInterface> PutCounted(Pointer Key, IInterface* Value);
   TIntfPtr<IInterface> RemoveCounted(Pointer Key);
   /// "Table is empty", "Argument is null", "No such element: <KeyText>".
-  TIntfPtr<IInterface> GetCounted(Pointer Key, const String& KeyText);
-  bool ContainsCounted(Pointer Key, TIntfPtr<IInterface>& Value);
+  TIntfPtr<IInterface> GetCounted(Pointer Key, const String& KeyText) const;
+  bool ContainsCounted(Pointer Key, TIntfPtr<IInterface>& Value) const;
   /// Copies a like table's pairs with counted references; other sources raise the assign
   /// error, because their values are not interface references.
   void AssignCounted(TPersistent* Source, bool LikeTable);
@@ -109,14 +109,14 @@ class TIHashTable : public detail::TCountedValues<TGHashtable> {
   void SetItem(Pointer Key, const TIntfPtr<IInterface>& Value) { (void)PutValue(Key, Value); }
   using TCountedValues::PutValue;
   using TGHashtable::Put;
-  [[nodiscard]] TIntfPtr<IInterface> GetValueI(Pointer Key);
-  [[nodiscard]] TIntfPtr<IInterface> GetI(Pointer Key) { return GetValueI(Key); }
-  [[nodiscard]] TIntfPtr<IInterface> GetItem(Pointer Key) { return GetValueI(Key); }
+  [[nodiscard]] TIntfPtr<IInterface> GetValueI(Pointer Key) const;
+  [[nodiscard]] TIntfPtr<IInterface> GetI(Pointer Key) const { return GetValueI(Key); }
+  [[nodiscard]] TIntfPtr<IInterface> GetItem(Pointer Key) const { return GetValueI(Key); }
   TIntfPtr<IInterface> RemoveValueI(Pointer Key) { return RemoveCounted(Key); }
   TIntfPtr<IInterface> RemoveI(Pointer Key) { return RemoveCounted(Key); }
   using TGHashtable::ContainsKey;
-  bool ContainsKey(Pointer Key, TIntfPtr<IInterface>& Value) { return ContainsCounted(Key, Value); }
-  [[nodiscard]] TIntfPtr<IInterface> GetItemByIndex(std::int32_t Index);
+  bool ContainsKey(Pointer Key, TIntfPtr<IInterface>& Value) const { return ContainsCounted(Key, Value); }
+  [[nodiscard]] TIntfPtr<IInterface> GetItemByIndex(std::int32_t Index) const;
   [[nodiscard]] TIntfPtr<TIHashtableEnumerator> Elements();
   [[nodiscard]] TIntfPtr<TIHashtableEnumerator> GetEnumerator() { return Elements(); }
   void Assign(TPersistent* Source) override { AssignCounted(Source, dynamic_cast<TIHashTable*>(Source) != nullptr); }
@@ -137,15 +137,15 @@ class TIStringHashTable : public detail::TCountedValues<TGStringHashtable> {
   void SetItem(const String& Key, const TIntfPtr<IInterface>& Value) { (void)PutValue(Key, Value); }
   using TCountedValues::PutValue;
   using TGStringHashtable::Put;
-  [[nodiscard]] TIntfPtr<IInterface> GetValueI(const String& Key) { return GetCounted(KeyWord(Key), Key); }
-  [[nodiscard]] TIntfPtr<IInterface> GetI(const String& Key) { return GetValueI(Key); }
-  [[nodiscard]] TIntfPtr<IInterface> GetItem(const String& Key) { return GetValueI(Key); }
+  [[nodiscard]] TIntfPtr<IInterface> GetValueI(const String& Key) const { return GetCounted(KeyWord(Key), Key); }
+  [[nodiscard]] TIntfPtr<IInterface> GetI(const String& Key) const { return GetValueI(Key); }
+  [[nodiscard]] TIntfPtr<IInterface> GetItem(const String& Key) const { return GetValueI(Key); }
   TIntfPtr<IInterface> RemoveValueI(const String& Key) { return RemoveCounted(KeyWord(Key)); }
   TIntfPtr<IInterface> RemoveI(const String& Key) { return RemoveCounted(KeyWord(Key)); }
   using TGStringHashtable::ContainsKey;
   /// False at once for the empty string.
-  bool ContainsKey(const String& Key, TIntfPtr<IInterface>& Value);
-  [[nodiscard]] TIntfPtr<IInterface> GetItemByIndex(std::int32_t Index);
+  bool ContainsKey(const String& Key, TIntfPtr<IInterface>& Value) const;
+  [[nodiscard]] TIntfPtr<IInterface> GetItemByIndex(std::int32_t Index) const;
   [[nodiscard]] TIntfPtr<TIStringHashtableEnumerator> Elements();
   [[nodiscard]] TIntfPtr<TIStringHashtableEnumerator> GetEnumerator() { return Elements(); }
   /// The values in the table's iteration order.

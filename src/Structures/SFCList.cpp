@@ -98,9 +98,15 @@ TObject* TSFCFreeList::OwnedObjectAt(std::int32_t Index) const {
 
 void TSFCFreeList::PutObject(std::int32_t Index, TObject* AObject) {
   WithinUpdate(*this, [&] {
+    // The owner hears first, as TSFCList tells it; what it does may change the line.
+    if (const TIntfPtr<IStringListOwner> Owner = GetListOwner()) Owner->BeforePutObject(this, Index, AObject);
     TObject* Old = OwnedObjectAt(Index);
-    inherited::PutObject(Index, AObject);
-    if (Old != AObject) delete Old;
+    if (Old && Old != AObject) {
+      delete Old;
+      // The old object's destructor may have changed the list: the line is looked up again.
+      if (Index >= GetCount()) return;
+    }
+    TStringList::PutObject(Index, AObject);
   });
 }
 

@@ -25,9 +25,9 @@ class TSFCList : public TStringList {
   void PutObject(std::int32_t Index, TObject* AObject) override;
   void Delete(std::int32_t Index) override;
   void Clear() override;
-  /// As TGStringList::ForEach.
-  void ForEach(TForEachObjectProc Proc, TForEachFilterProc Filter, NativeInt Data);
-  void ForEach(const TForEachObjectMethod& Proc, const TForEachFilterMethod& Filter, NativeInt Data);
+  /// As TGStringList::ForEach; virtual, so that a host list may replace the walk.
+  virtual void ForEach(TForEachObjectProc Proc, TForEachFilterProc Filter, NativeInt Data);
+  virtual void ForEach(const TForEachObjectMethod& Proc, const TForEachFilterMethod& Filter, NativeInt Data);
 
   const TIntfPtr<IStringListOwner>& GetListOwner() const { return FOwner; }
   void SetListOwner(TIntfPtr<IStringListOwner> Value) { FOwner = std::move(Value); }
@@ -52,6 +52,8 @@ class TSFCFreeList : public TSFCList {
   TSFCFreeList() = default;
   ~TSFCFreeList() override;
 
+  /// Tells the owner, frees an owned old object, then stores the new one (if the old
+  /// object's destructor removed the line, nothing is stored).
   void PutObject(std::int32_t Index, TObject* AObject) override;
   void Delete(std::int32_t Index) override;
   /// Deletes the lines one by one from the last, so that each frees its object.

@@ -19,14 +19,14 @@ Pointer W(std::uintptr_t V) { return reinterpret_cast<Pointer>(V); }
 class TModEntry : public TGHashtableEntry {
   KZ_CLASS(TModEntry, TGHashtableEntry)
  public:
-  bool KeyEquals(Pointer Key) override { return N(GetKey()) % 1000 == N(Key) % 1000; }
+  bool KeyEquals(Pointer Key) const override { return N(GetKey()) % 1000 == N(Key) % 1000; }
 };
 
 class TModTable : public TGHashtable {
   KZ_CLASS(TModTable, TGHashtable)
  public:
   using TGHashtable::TGHashtable;
-  std::int32_t HashCode(Pointer Key, std::int32_t Size) override {
+  std::int32_t HashCode(Pointer Key, std::int32_t Size) const override {
     return static_cast<std::int32_t>(N(Key) % 1000 % static_cast<std::uintptr_t>(Size));
   }
   std::unique_ptr<TGHashtableEntry> NewHashtableEntry() override { return std::make_unique<TModEntry>(); }
@@ -36,14 +36,14 @@ class TModTable : public TGHashtable {
 class TNoCaseEntry : public TGStringHashtableEntry {
   KZ_CLASS(TNoCaseEntry, TGStringHashtableEntry)
  public:
-  bool KeyEquals(Pointer Key) override { return Key && SameText(GetKeyString(), *static_cast<const String*>(Key)); }
+  bool KeyEquals(Pointer Key) const override { return Key && SameText(GetKeyString(), *static_cast<const String*>(Key)); }
 };
 
 class TNoCaseTable : public TGStringHashtable {
   KZ_CLASS(TNoCaseTable, TGStringHashtable)
  public:
   using TGStringHashtable::TGStringHashtable;
-  std::int32_t HashCode(Pointer Key, std::int32_t Size) override {
+  std::int32_t HashCode(Pointer Key, std::int32_t Size) const override {
     const String Folded = LowerCase(*static_cast<const String*>(Key));
     return TGStringHashtable::HashCode(KeyWord(Folded), Size);
   }

@@ -229,6 +229,14 @@ class THostList : public TGStringList {
   void ForEach(const TForEachObjectMethod&, const TForEachFilterMethod&, NativeInt) override { ++Calls; }
   int Calls = 0;
 };
+
+class THostSFCList : public TSFCList {
+  KZ_CLASS(THostSFCList, TSFCList)
+ public:
+  void ForEach(TForEachObjectProc, TForEachFilterProc, NativeInt) override { ++Calls; }
+  void ForEach(const TForEachObjectMethod&, const TForEachFilterMethod&, NativeInt) override { ++Calls; }
+  int Calls = 0;
+};
 }  // namespace
 
 TEST(GStringList, OwnedOldObjectIsFreedBeforeTheNewOneIsStored) {
@@ -363,6 +371,24 @@ TEST(SFCList, OwnerHearsFirstAddsReportOnceAndTheFreeListOwnsItsObjects) {
     F.AddObject(u"spare", &Spare);
     F.Delete(1);
     F.SetFreeMembers(true);
+
+    // The owned old object goes before the new one is stored, with the owner told first.
+    TObject* Seen = nullptr;
+    auto* Old = new TWatchesLine(F, Seen);
+    F.PutObject(0, Old);
+    auto* New = new TCounted;
+    Owner->Log.clear();
+    F.PutObject(0, New);
+    EXPECT_EQ(Seen, Old);
+    EXPECT_EQ(F.GetObject(0), New);
+    EXPECT_EQ(Owner->Log, "putobject0 changed ");
   }
   EXPECT_EQ(TCounted::Alive, 0);
+
+  // A host's ForEach is reached through the list it derives from.
+  THostSFCList Host;
+  TSFCList& H = Host;
+  H.ForEach(TForEachObjectProc(nullptr), nullptr, 0);
+  H.ForEach(TForEachObjectMethod(), nullptr, 0);
+  EXPECT_EQ(Host.Calls, 2);
 }
