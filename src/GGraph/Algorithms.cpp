@@ -28,41 +28,57 @@ struct TDepthFirstWalk {
   std::vector<std::pair<TGGraphNode*, std::int32_t>> Frames;
 };
 
-// A running shortest-path search whose selection the graph's own ClosestNode answers from a
-// binary heap of (weight, position in GetNodes order) keys. Entries go stale when a node is
-// visited or lowered again and are dropped as they surface; nodes never lowered still weigh
-// MaxGraphWeight, so when no live entry is left the first unvisited node in position order
-// is the one the scan would pick.
-struct TShortestRun {
-  TGGraphNode* Start = nullptr;
-  std::vector<TWeightedNode*> Nodes;
+// The selection of a shortest-path search: a binary heap of (weight, position in GetNodes
+// order) keys. Entries go stale when a node is visited or lowered again and are dropped as
+// they surface; nodes never lowered still weigh MaxGraphWeight, so when no live entry is left
+// the first open node in position order is the one a scan would pick.
+struct TWeightHeap {
   std::vector<std::uint64_t> Heap;
   std::size_t Cursor = 0;
 
-  static std::uint64_t Key(TGraphWeight W, std::int32_t Slot) {
-    return (static_cast<std::uint64_t>(static_cast<std::uint32_t>(W) ^ 0x80000000u) << 32) |
-           static_cast<std::uint32_t>(Slot);
+  void Push(TGraphWeight W, std::size_t Slot) {
+    Heap.push_back((static_cast<std::uint64_t>(static_cast<std::uint32_t>(W) ^ 0x80000000u) << 32) |
+                   static_cast<std::uint32_t>(Slot));
+    std::push_heap(Heap.begin(), Heap.end(), std::greater<>());
   }
+  // The slot of the lightest entry Live(slot, weight) accepts, else the first slot below
+  // Count from the cursor on that Open(slot) accepts, else Count.
+  template <class FLive, class FOpen>
+  std::size_t Select(std::size_t Count, FLive&& Live, FOpen&& Open) {
+    while (!Heap.empty()) {
+      const std::uint64_t K = Heap.front();
+      const std::size_t Slot = static_cast<std::uint32_t>(K);
+      if (Live(Slot, static_cast<TGraphWeight>(static_cast<std::uint32_t>(K >> 32) ^ 0x80000000u))) return Slot;
+      std::pop_heap(Heap.begin(), Heap.end(), std::greater<>());
+      Heap.pop_back();
+    }
+    while (Cursor < Count && !Open(Cursor)) ++Cursor;
+    return Cursor;
+  }
+};
+
+// A running shortest-path search whose selection the graph's own ClosestNode answers.
+struct TShortestRun {
+  TGGraphNode* Start = nullptr;
+  std::vector<TWeightedNode*> Nodes;
+  TWeightHeap Weights;
 
   void Lowered(TWeightedNode* N) {
     const std::int32_t Slot = N->FSlot;
     if (Slot < 0 || static_cast<std::size_t>(Slot) >= Nodes.size() || Nodes[static_cast<std::size_t>(Slot)] != N)
       return;
-    Heap.push_back(Key(N->GetWeight(), Slot));
-    std::push_heap(Heap.begin(), Heap.end(), std::greater<>());
+    Weights.Push(N->GetWeight(), static_cast<std::size_t>(Slot));
   }
 
   TGGraphNode* Select(TGGraphNode* ANode) {
-    while (!Heap.empty()) {
-      const std::uint64_t K = Heap.front();
-      TWeightedNode* N = Nodes[static_cast<std::uint32_t>(K)];
-      const auto W = static_cast<TGraphWeight>(static_cast<std::uint32_t>(K >> 32) ^ 0x80000000u);
-      if (N != ANode && !N->GetVisited() && N->GetWeight() == W) return N;  // left for the caller to visit
-      std::pop_heap(Heap.begin(), Heap.end(), std::greater<>());
-      Heap.pop_back();
-    }
-    while (Cursor < Nodes.size() && (Nodes[Cursor]->GetVisited() || Nodes[Cursor] == ANode)) ++Cursor;
-    return Cursor < Nodes.size() ? Nodes[Cursor] : ANode;
+    const std::size_t Slot = Weights.Select(
+        Nodes.size(),
+        [&](std::size_t I, TGraphWeight W) {
+          const TWeightedNode* N = Nodes[I];
+          return N != ANode && !N->GetVisited() && N->GetWeight() == W;  // left for the caller to visit
+        },
+        [&](std::size_t I) { return !Nodes[I]->GetVisited() && Nodes[I] != ANode; });
+    return Slot < Nodes.size() ? Nodes[Slot] : ANode;
   }
 };
 
@@ -293,24 +309,16 @@ bool TGCustomGraph::DirectShortestPath(TGGraphNode* StartNode) {
   const auto S = static_cast<std::size_t>(Start);
   std::vector<TGraphWeight> Dist(N, MaxGraphWeight);
   std::vector<char> Seen(N, 0);
-  std::vector<std::uint64_t> Heap;
+  detail::TWeightHeap Weights;
   auto Lower = [&](std::size_t V, TGraphWeight W) {
     Dist[V] = W;
-    Heap.push_back(detail::TShortestRun::Key(W, static_cast<std::int32_t>(V)));
-    std::push_heap(Heap.begin(), Heap.end(), std::greater<>());
+    Weights.Push(W, V);
   };
-  std::size_t Cursor = 0;
   auto Select = [&]() -> std::size_t {  // TShortestRun::Select
-    while (!Heap.empty()) {
-      const std::uint64_t K = Heap.front();
-      const std::size_t V = static_cast<std::uint32_t>(K);
-      const auto W = static_cast<TGraphWeight>(static_cast<std::uint32_t>(K >> 32) ^ 0x80000000u);
-      if (V != S && !Seen[V] && Dist[V] == W) return V;
-      std::pop_heap(Heap.begin(), Heap.end(), std::greater<>());
-      Heap.pop_back();
-    }
-    while (Cursor < N && (Seen[Cursor] || Cursor == S)) ++Cursor;
-    return Cursor < N ? Cursor : S;
+    const std::size_t V = Weights.Select(
+        N, [&](std::size_t I, TGraphWeight W) { return I != S && !Seen[I] && Dist[I] == W; },
+        [&](std::size_t I) { return !Seen[I] && I != S; });
+    return V < N ? V : S;
   };
   for (auto e = static_cast<std::size_t>(A.First[S]); e < static_cast<std::size_t>(A.First[S + 1]); ++e) {
     const auto To = static_cast<std::size_t>(A.To[e]), From = static_cast<std::size_t>(A.From[e]);
