@@ -31,7 +31,9 @@ class TSQNode : public TPersistent {
   TSQNode* GetNext() const { return FNext; }
   void SetNext(TSQNode* Value) { FNext = Value; }
   /// The list that owns the node, or null while the caller owns it.
-  TGCustomLinkedList* GetOwnerList() const { return FOwnerList; }
+  TGCustomLinkedList* GetOwnerList() const {
+    return FOwner & HasRecord ? RecordedOwner() : reinterpret_cast<TGCustomLinkedList*>(FOwner & ~Plain);
+  }
 
   // Nodes come and go with every push and pop: the library's lists make theirs in a store
   // of their own (the placement form), where freed slots are reused. Node classes must not
@@ -48,11 +50,14 @@ class TSQNode : public TPersistent {
  private:
   friend class TGCustomLinkedList;
   friend class TGCustomLinkedListEnumerator;
-  // Every node a list owns sits in the list's ownership ring, whatever the visible links
-  // say, so that nodes the chain no longer reaches are still freed exactly once.
-  TGCustomLinkedList* FOwnerList = nullptr;
-  TSQNode* FOwnPrev = nullptr;
-  TSQNode* FOwnNext = nullptr;
+  // The owning list. Ownership does not follow the visible links: a list frees the nodes
+  // of its own store that name it, and keeps a record of every other node it took (then
+  // FOwner is that record's address, tagged HasRecord), so that each is freed exactly once.
+  // Plain marks a node of the owner's store that is exactly a TSQNode.
+  static constexpr std::uintptr_t HasRecord = 1;
+  static constexpr std::uintptr_t Plain = 2;
+  TGCustomLinkedList* RecordedOwner() const noexcept;
+  std::uintptr_t FOwner = 0;
 };
 
 using TSQNodeClass = const TSQNode::TMeta*;

@@ -1,4 +1,4 @@
-#include "GLists/internal/NodePool.h"
+#include "GLists/NodePool.h"
 
 #include <new>
 
@@ -68,7 +68,7 @@ void TNodePool::Grow(std::size_t Class) {
   if (Slots > MaxChunkSlots) Slots = MaxChunkSlots;
   try {
     FChunks.reserve(FChunks.size() + 1);
-    FChunks.push_back(TChunk{std::unique_ptr<std::byte[]>(new std::byte[Slots * SlotSize]), Slots * SlotSize});
+    FChunks.push_back(TChunk{std::unique_ptr<std::byte[]>(new std::byte[Slots * SlotSize]), Slots * SlotSize, Class});
   } catch (const std::bad_alloc&) {
     throw EOutOfMemory(Runtime::SOutOfMemory);
   }

@@ -1,6 +1,7 @@
 // The storage of the nodes a list makes for itself: slots carved from chunks, recycled through
 // one free list per slot size, so that a steady push and pop allocates nothing and the nodes
-// of one list lie close together.
+// of one list lie close together. For the library's lists (their in-line push and pop), not
+// for users.
 #pragma once
 
 #include <array>
@@ -35,6 +36,18 @@ class TNodePool {
   void Release() noexcept;
   /// Returns the chunks when no node of the pool is alive.
   void Trim() noexcept;
+  /// Calls Fn(Node) for every node alive in the pool, in address order, until Fn answers
+  /// false. Fn may free the node it is given.
+  template <class TFn>
+  void ForEachLive(TFn Fn) {
+    for (const TChunk& C : FChunks) {
+      const std::size_t SlotSize = C.Class * Unit;
+      for (std::byte* P = C.Memory.get(), *End = P + C.Bytes; P != End; P += SlotSize)
+        if (*reinterpret_cast<void**>(P) == this && !Fn(reinterpret_cast<void**>(P) + 1)) return;
+    }
+  }
+  /// The pool a node lives in (null for the global heap). Node must come from Allocate.
+  static const TNodePool* PoolOf(const void* Node) noexcept { return static_cast<const TNodePool* const*>(Node)[-1]; }
 
   /// Node memory of Size bytes: from Pool when there is one and the size fits a slot, else
   /// from the global heap. Raises EOutOfMemory.
@@ -62,6 +75,15 @@ class TNodePool {
     Pool->FFree[Class] = Slot;
     if (--Pool->FLive == 0 && Pool->FReleased) delete Pool;
   }
+  /// Free of a node known to live in this pool while its list still holds the pool.
+  void FreeHeld(void* Node, std::size_t Size) noexcept {
+    void** Slot = static_cast<void**>(Node) - 1;
+    const std::size_t Class = (Size + HeaderSize + Unit - 1) / Unit;
+    KZ_NODE_POISON(Node, Class * Unit - HeaderSize);
+    *Slot = FFree[Class];
+    FFree[Class] = Slot;
+    --FLive;
+  }
   /// Returns memory from Allocate whose size is unknown (a constructor that raised): a pool
   /// slot is not reused but goes with its chunk.
   static void Abandon(void* Node) noexcept;
@@ -79,6 +101,7 @@ class TNodePool {
   struct TChunk {
     std::unique_ptr<std::byte[]> Memory;
     std::size_t Bytes;
+    std::size_t Class;
   };
 
   std::array<void*, MaxClass + 1> FFree{};  // per slot size in units: first free slot
