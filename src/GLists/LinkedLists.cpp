@@ -202,7 +202,7 @@ void TGCustomLinkedList::FreeAll() noexcept {
   if (Left > 0 && FPool)
     FPool->ForEachLive([&](void* Slot) {
       auto* N = static_cast<TSQNode*>(Slot);
-      if (!IsLibraryNode(*N) || (N->FOwner & ~TSQNode::Plain) != reinterpret_cast<std::uintptr_t>(this)) return true;
+      if (!*static_cast<void**>(Slot) || !IsLibraryNode(*N) || (N->FOwner & ~TSQNode::Plain) != reinterpret_cast<std::uintptr_t>(this)) return true;
       delete N;
       return --Left > 0;
     });
@@ -286,30 +286,11 @@ TSQNode* TGCustomLinkedList::AddNode(TSQNode* ANode) { return Insert(ANode, null
 
 TSQNode* TGCustomLinkedList::Insert(TSQNode* ANode, TSQNode* BeforeNode) {
   CheckFree(ANode);
-  LinkNode(ANode, BeforeNode, BeforeNode ? Find(BeforeNode) : nullptr);
+  TSQNode* Prev = BeforeNode ? Find(BeforeNode) : nullptr;
+  PrepareAdopt(ANode);  // again: an overriding Find may have adopted another node meanwhile
+  LinkNode(ANode, BeforeNode, Prev);
   Change();
   return ANode;
-}
-
-void TGCustomLinkedList::LinkNode(TSQNode* ANode, TSQNode* BeforeNode, TSQNode* Prev) noexcept {
-  if (!BeforeNode) {
-    if (!FTail)
-      FHead = ANode;
-    else
-      FTail->FNext = ANode;
-    FTail = ANode;
-    FLastAccessedIndex = FCount;
-  } else {
-    if (BeforeNode == FLastAccessedNode) ++FLastAccessedIndex;
-    if (!Prev)
-      FHead = ANode;
-    else
-      Prev->FNext = ANode;
-    ANode->FNext = BeforeNode;
-  }
-  FLastAccessedNode = ANode;
-  ++FCount;
-  Adopt(ANode);
 }
 
 TSQNode* TGCustomLinkedList::PushNewNodeSlow(TObject* Value, bool AtHead) {
@@ -393,6 +374,7 @@ void TGCustomLinkedList::SetNode(std::int32_t Index, TSQNode* Value) {
   CheckFree(Value);
   Value->FNext = Old->FNext;
   TSQNode* Prev = Find(Old);
+  PrepareAdopt(Value);  // again, as in Insert
   Keep(Old);
   if (!Prev)
     FHead = Value;

@@ -141,20 +141,9 @@ class TGCustomLinkedList : public TPersistent {
     auto* Node = ::new (detail::TNodePool::Allocate(sizeof(TSQNode), FPool)) TSQNode();
     Node->FItem = Value;
     Node->FOwner = reinterpret_cast<std::uintptr_t>(this) | TSQNode::Plain;
-    if (Before) {
-      Node->FNext = Before;
-      FHead = Node;
-    } else {
-      if (!FTail)
-        FHead = Node;
-      else
-        FTail->FNext = Node;
-      FTail = Node;
-    }
-    FLastAccessedNode = Node;
-    FLastAccessedIndex = -1;
-    ++FCount;
     ++FOwnedCount;
+    Splice(Node, Before, nullptr);
+    FLastAccessedIndex = -1;
     return Node;
   }
   /// Whether Top and Delete(Head) of this exact TGQueue or TGStack may go in line: the head
@@ -197,7 +186,30 @@ class TGCustomLinkedList : public TPersistent {
   }
   /// Insert's linking, after its checks: Prev is the node in front of BeforeNode (null for
   /// the head or when BeforeNode is null). No notification.
-  void LinkNode(TSQNode* ANode, TSQNode* BeforeNode, TSQNode* Prev) noexcept;
+  void LinkNode(TSQNode* ANode, TSQNode* BeforeNode, TSQNode* Prev) noexcept {
+    Splice(ANode, BeforeNode, Prev);
+    Adopt(ANode);
+  }
+  /// LinkNode without the adoption.
+  void Splice(TSQNode* ANode, TSQNode* BeforeNode, TSQNode* Prev) noexcept {
+    if (!BeforeNode) {
+      if (!FTail)
+        FHead = ANode;
+      else
+        FTail->FNext = ANode;
+      FTail = ANode;
+      FLastAccessedIndex = FCount;
+    } else {
+      if (BeforeNode == FLastAccessedNode) ++FLastAccessedIndex;
+      if (!Prev)
+        FHead = ANode;
+      else
+        Prev->FNext = ANode;
+      ANode->FNext = BeforeNode;
+    }
+    FLastAccessedNode = ANode;
+    ++FCount;
+  }
   /// Delete's unlinking and freeing, after its checks; leaves the cursor at the head. No
   /// notification.
   void UnlinkNode(TSQNode* ANode, TSQNode* Prev) noexcept;

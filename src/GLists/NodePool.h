@@ -50,7 +50,9 @@ class TNodePool {
   static const TNodePool* PoolOf(const void* Node) noexcept { return static_cast<const TNodePool* const*>(Node)[-1]; }
 
   /// Node memory of Size bytes: from Pool when there is one and the size fits a slot, else
-  /// from the global heap. Raises EOutOfMemory.
+  /// from the global heap. Raises EOutOfMemory. A pool slot's first word is null until the
+  /// node's constructor writes it, so that a walk of the live slots can tell a node not yet
+  /// made.
   static void* Allocate(std::size_t Size, TNodePool* Pool) {
     const std::size_t Class = (Size + HeaderSize + Unit - 1) / Unit;
     if (Pool && Class <= MaxClass)
@@ -59,6 +61,7 @@ class TNodePool {
         *Slot = Pool;
         ++Pool->FLive;
         KZ_NODE_UNPOISON(Slot + 1, Class * Unit - HeaderSize);
+        Slot[1] = nullptr;
         return Slot + 1;
       }
     return AllocateSlow(Size, Pool);
