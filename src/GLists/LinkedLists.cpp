@@ -21,16 +21,21 @@ namespace detail {
 struct TOwnRecord {
   TGCustomLinkedList* List;
   TSQNode* Node;
+  std::uintptr_t Word;  // the node's store word, put back before the node is freed
   TOwnRecord* Prev;
   TOwnRecord* Next;
 };
 }  // namespace detail
 
 namespace {
+// By the identity of the type descriptors, which the library emits once: a class it does not
+// recognise so is only treated as foreign, which is always safe.
+bool IsExactly(const TSQNode& Node, const std::type_info& Type) { return &typeid(Node) == &Type; }
+
 bool IsLibraryNode(const TSQNode& Node) {
-  const std::type_info& Type = typeid(Node);
-  return Type == typeid(TSQNode) || Type == typeid(TSQStringNode) || Type == typeid(TSQPriorityNode) ||
-         Type == typeid(TSQPriorityStringNode) || Type == typeid(TSQDoubleNode);
+  const std::type_info* Type = &typeid(Node);
+  return Type == &typeid(TSQNode) || Type == &typeid(TSQStringNode) || Type == &typeid(TSQPriorityNode) ||
+         Type == &typeid(TSQPriorityStringNode) || Type == &typeid(TSQDoubleNode);
 }
 }  // namespace
 
@@ -39,8 +44,11 @@ bool IsLibraryNode(const TSQNode& Node) {
 
 TSQNode::~TSQNode() = default;
 
-TGCustomLinkedList* TSQNode::RecordedOwner() const noexcept {
-  return reinterpret_cast<const detail::TOwnRecord*>(FOwner & ~HasRecord)->List;
+TGCustomLinkedList* TSQNode::GetOwnerList() const {
+  const std::uintptr_t Word = detail::TNodePool::Word(this);
+  if (Word & detail::OwnRecord) return reinterpret_cast<const detail::TOwnRecord*>(Word & ~detail::OwnMarks)->List;
+  if (Word & detail::OwnStore) return detail::TNodePool::PoolOf(Word)->List();
+  return nullptr;
 }
 
 void* TSQNode::operator new(std::size_t Size) { return detail::TNodePool::Allocate(Size, nullptr); }
@@ -87,7 +95,7 @@ TGCustomLinkedList::TExact TGCustomLinkedList::FindExact() const {
 
 detail::TNodePool* TGCustomLinkedList::MakeNodePool() const {
   try {
-    FPool = new detail::TNodePool;
+    FPool = new detail::TNodePool(const_cast<TGCustomLinkedList*>(this));
   } catch (const std::bad_alloc&) {
     throw EOutOfMemory(SOutOfMemory);
   }
@@ -96,12 +104,12 @@ detail::TNodePool* TGCustomLinkedList::MakeNodePool() const {
 
 void TGCustomLinkedList::CheckFree(const TSQNode* ANode) {
   if (!ANode) RaiseNullAccess(u"list node");
-  if (ANode->FOwner) throw EListError(SNodeInList);
+  if (detail::TNodePool::Word(ANode) & (detail::OwnRecord | detail::OwnStore)) throw EListError(SNodeInList);
   PrepareAdopt(ANode);
 }
 
 bool TGCustomLinkedList::InOwnStore(const TSQNode* ANode) const noexcept {
-  return FPool && IsLibraryNode(*ANode) && detail::TNodePool::PoolOf(ANode) == FPool;
+  return FPool && detail::TNodePool::Word(ANode) == reinterpret_cast<std::uintptr_t>(FPool) && IsLibraryNode(*ANode);
 }
 
 void TGCustomLinkedList::PrepareAdopt(const TSQNode* ANode) {
@@ -117,12 +125,13 @@ void TGCustomLinkedList::Adopt(TSQNode* ANode) noexcept {
   if (ANode == FFresh) FFreshState |= fsAdopted;
   ++FOwnedCount;
   if (InOwnStore(ANode)) {
-    ANode->FOwner = reinterpret_cast<std::uintptr_t>(this) | (typeid(*ANode) == typeid(TSQNode) ? TSQNode::Plain : 0);
+    detail::TNodePool::Word(ANode) |= detail::OwnStore | (IsExactly(*ANode, typeid(TSQNode)) ? detail::OwnPlain : 0);
     return;
   }
   detail::TOwnRecord* R = std::exchange(FSpareRecord, nullptr);
   R->List = this;
   R->Node = ANode;
+  R->Word = detail::TNodePool::Word(ANode);
   if (FRecords) {
     R->Next = FRecords;
     R->Prev = FRecords->Prev;
@@ -133,10 +142,11 @@ void TGCustomLinkedList::Adopt(TSQNode* ANode) noexcept {
     FRecords = R;
   }
   ++FRecordCount;
-  ANode->FOwner = reinterpret_cast<std::uintptr_t>(R) | TSQNode::HasRecord;
+  detail::TNodePool::Word(ANode) = reinterpret_cast<std::uintptr_t>(R) | detail::OwnRecord;
 }
 
 void TGCustomLinkedList::DropRecord(detail::TOwnRecord* Record) noexcept {
+  detail::TNodePool::Word(Record->Node) = Record->Word;
   if (Record->Next == Record) {
     FRecords = nullptr;
   } else {
@@ -176,8 +186,8 @@ void TGCustomLinkedList::FreeNode(TSQNode* ANode) noexcept {
   // The rare cases out of line, so that the common free stays small enough to inline.
   if (FEnumerators) NodeLeaving(ANode);
   if (!FKept.empty()) KeptLinksPast(ANode);
-  if (ANode->FOwner & TSQNode::HasRecord)
-    DropRecord(reinterpret_cast<detail::TOwnRecord*>(ANode->FOwner & ~TSQNode::HasRecord));
+  if (const std::uintptr_t Word = detail::TNodePool::Word(ANode); Word & detail::OwnRecord)
+    DropRecord(reinterpret_cast<detail::TOwnRecord*>(Word & ~detail::OwnMarks));
   --FOwnedCount;
   if (ANode == FFresh) FFreshState |= fsFreed;
   delete ANode;
@@ -194,16 +204,16 @@ void TGCustomLinkedList::FreeAll() noexcept {
   std::int32_t Left = FOwnedCount - FRecordCount;
   for (detail::TOwnRecord* R = FRecords; FRecordCount > 0; --FRecordCount) {
     detail::TOwnRecord* Following = R->Next;
+    detail::TNodePool::Word(R->Node) = R->Word;
     delete R->Node;
     delete R;
     R = Following;
   }
   FRecords = nullptr;
   if (Left > 0 && FPool)
-    FPool->ForEachLive([&](void* Slot) {
-      auto* N = static_cast<TSQNode*>(Slot);
-      if (!*static_cast<void**>(Slot) || !IsLibraryNode(*N) || (N->FOwner & ~TSQNode::Plain) != reinterpret_cast<std::uintptr_t>(this)) return true;
-      delete N;
+    FPool->ForEachLive([&](void* Node, std::uintptr_t Word) {
+      if (!(Word & detail::OwnStore)) return true;
+      delete static_cast<TSQNode*>(Node);
       return --Left > 0;
     });
   FOwnedCount = 0;

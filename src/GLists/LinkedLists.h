@@ -140,7 +140,7 @@ class TGCustomLinkedList : public TPersistent {
     if (FOnChange || !FPool || (Before && FCount == 0)) return PushNewNodeSlow(Value, AtHead);
     auto* Node = ::new (detail::TNodePool::Allocate(sizeof(TSQNode), FPool)) TSQNode();
     Node->FItem = Value;
-    Node->FOwner = reinterpret_cast<std::uintptr_t>(this) | TSQNode::Plain;
+    detail::TNodePool::Word(Node) |= detail::OwnStore | detail::OwnPlain;
     ++FOwnedCount;
     Splice(Node, Before, nullptr);
     FLastAccessedIndex = -1;
@@ -150,8 +150,9 @@ class TGCustomLinkedList : public TPersistent {
   /// is a plain TSQNode of the list's own store that nothing else watches.
   bool CanPopInline() const {
     const TSQNode* N = FHead;
-    return FCount != 0 && N && N->FOwner == (reinterpret_cast<std::uintptr_t>(this) | TSQNode::Plain) && N != FFresh &&
-           !FEnumerators && FKept.empty();
+    return FCount != 0 && N &&
+           detail::TNodePool::Word(N) == (reinterpret_cast<std::uintptr_t>(FPool) | detail::OwnStore | detail::OwnPlain) &&
+           N != FFresh && !FEnumerators && FKept.empty();
   }
   /// Top, then Delete(Head), once CanPopInline said so.
   TObject* PopInline() {

@@ -36,7 +36,7 @@ void TNodePool::FreeGlobal(void* Node) noexcept { ::operator delete(static_cast<
 void TNodePool::Abandon(void* Node) noexcept {
   if (!Node) return;
   void** Slot = static_cast<void**>(Node) - 1;
-  auto* Pool = static_cast<TNodePool*>(*Slot);
+  TNodePool* Pool = PoolOf(Word(Node));
   if (!Pool) return FreeGlobal(Node);
   *Slot = nullptr;
   if (--Pool->FLive == 0 && Pool->FReleased) delete Pool;

@@ -30,14 +30,14 @@ class TSQNode : public TPersistent {
   void SetItem(TObject* Value) { FItem = Value; }
   TSQNode* GetNext() const { return FNext; }
   void SetNext(TSQNode* Value) { FNext = Value; }
-  /// The list that owns the node, or null while the caller owns it.
-  TGCustomLinkedList* GetOwnerList() const {
-    return FOwner & HasRecord ? RecordedOwner() : reinterpret_cast<TGCustomLinkedList*>(FOwner & ~Plain);
-  }
+  /// The list that owns the node, or null while the caller owns it. Reads the word the
+  /// node's operator new put in front of it: the node must come from new.
+  TGCustomLinkedList* GetOwnerList() const;
 
   // Nodes come and go with every push and pop: the library's lists make theirs in a store
   // of their own (the placement form), where freed slots are reused. Node classes must not
-  // replace operator new.
+  // replace operator new: the word it puts in front of every node also says which list owns
+  // the node, so that ownership does not depend on the visible links.
   static void* operator new(std::size_t Size);
   static void* operator new(std::size_t Size, detail::TNodePool* Pool);
   static void operator delete(void* P, std::size_t Size) noexcept;
@@ -50,14 +50,6 @@ class TSQNode : public TPersistent {
  private:
   friend class TGCustomLinkedList;
   friend class TGCustomLinkedListEnumerator;
-  // The owning list. Ownership does not follow the visible links: a list frees the nodes
-  // of its own store that name it, and keeps a record of every other node it took (then
-  // FOwner is that record's address, tagged HasRecord), so that each is freed exactly once.
-  // Plain marks a node of the owner's store that is exactly a TSQNode.
-  static constexpr std::uintptr_t HasRecord = 1;
-  static constexpr std::uintptr_t Plain = 2;
-  TGCustomLinkedList* RecordedOwner() const noexcept;
-  std::uintptr_t FOwner = 0;
 };
 
 using TSQNodeClass = const TSQNode::TMeta*;
