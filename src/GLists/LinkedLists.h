@@ -43,6 +43,11 @@ struct TOwnRecord;
 /// into freed nodes. Walks that meet a missing link raise EAccessViolation; links that run
 /// on past every node the list owns (a cycle made through SetNext) raise "Node links do not
 /// reach the end of the list".
+///
+/// Ownership does not follow the links: the list frees the nodes of its own store that it
+/// owns by a pass over the store, and nodes from elsewhere (made with new, or by another
+/// list) in the order it took them. Nodes must come from new. Clear and destruction take
+/// time in proportion to the slots the store has carved since it was last emptied.
 class TGCustomLinkedList : public TPersistent {
  public:
   using TMeta = TMetaClassOf<TGCustomLinkedList>;
