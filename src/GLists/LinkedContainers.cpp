@@ -50,7 +50,7 @@ TObject* TGQueue::Top() const {
   return FHead->GetItem();
 }
 
-TObject* TGQueue::Pop() {
+TObject* TGQueue::PopAny() {
   TObject* Result = Top();
   if (const TExact Kind = Exact(); Kind == TExact::Queue || Kind == TExact::Stack)
     DeleteHead();
@@ -59,7 +59,7 @@ TObject* TGQueue::Pop() {
   return Result;
 }
 
-TSQNode* TGQueue::Push(TObject* Value) {
+TSQNode* TGQueue::PushAny(TObject* Value) {
   if (const TExact Kind = Exact(); Kind == TExact::Queue || Kind == TExact::Stack)
     return PushNewNode(Value, Kind == TExact::Stack);
   detail::TFreshNode<TSQNode> Node(*this, NewNode().release());

@@ -18,11 +18,21 @@ class TGQueue : public TGCustomLinkedList {
   KZ_CLASS(TGQueue, TGCustomLinkedList)
  public:
   /// Top, then Delete(Head): the node is freed, the item answered.
-  [[nodiscard]] virtual TObject* Pop();
+  [[nodiscard]] virtual TObject* Pop() {
+    if (KnownExact() >= TExact::Queue && CanPopInline()) return PopInline();
+    return PopAny();
+  }
   /// NewNode, AddNode, then the node's item is set (so OnChange sees an empty node).
-  virtual TSQNode* Push(TObject* Value);
+  virtual TSQNode* Push(TObject* Value) {
+    if (const TExact Kind = KnownExact(); Kind >= TExact::Queue) return PushNewNode(Value, Kind == TExact::Stack);
+    return PushAny(Value);
+  }
   /// The head's item.
   [[nodiscard]] TObject* Top() const;
+
+ private:
+  TObject* PopAny();
+  TSQNode* PushAny(TObject* Value);
 };
 
 /// Last in, first out: AddNode puts the node in front of the head.

@@ -2,10 +2,11 @@
 
 #include <new>
 #include <typeinfo>
+#include <utility>
 
 #include "GLists/internal/FreshNode.h"
 #include "GLists/internal/NodeCast.h"
-#include "GLists/internal/NodePool.h"
+#include "GLists/NodePool.h"
 #include "Runtime/Lists.h"
 #include "Runtime/WithinUpdate.h"
 
@@ -14,10 +15,41 @@ namespace kz {
 using namespace Runtime;
 using namespace GLists;
 
+namespace detail {
+// A node a list took from elsewhere: the ring of these keeps the order of adoption, in which
+// they are freed (their classes may watch it).
+struct TOwnRecord {
+  TGCustomLinkedList* List;
+  TSQNode* Node;
+  std::uintptr_t Word;  // the node's store word, put back before the node is freed
+  TOwnRecord* Prev;
+  TOwnRecord* Next;
+};
+}  // namespace detail
+
+namespace {
+// By the identity of the type descriptors, which the library emits once: a class it does not
+// recognise so is only treated as foreign, which is always safe.
+bool IsExactly(const TSQNode& Node, const std::type_info& Type) { return &typeid(Node) == &Type; }
+
+bool IsLibraryNode(const TSQNode& Node) {
+  const std::type_info* Type = &typeid(Node);
+  return Type == &typeid(TSQNode) || Type == &typeid(TSQStringNode) || Type == &typeid(TSQPriorityNode) ||
+         Type == &typeid(TSQPriorityStringNode) || Type == &typeid(TSQDoubleNode);
+}
+}  // namespace
+
 // ---------------------------------------------------------------------------------------------
 // Nodes
 
 TSQNode::~TSQNode() = default;
+
+TGCustomLinkedList* TSQNode::GetOwnerList() const {
+  const std::uintptr_t Word = detail::TNodePool::Word(this);
+  if (Word & detail::OwnRecord) return reinterpret_cast<const detail::TOwnRecord*>(Word & ~detail::OwnMarks)->List;
+  if (Word & detail::OwnStore) return detail::TNodePool::PoolOf(Word)->List();
+  return nullptr;
+}
 
 void* TSQNode::operator new(std::size_t Size) { return detail::TNodePool::Allocate(Size, nullptr); }
 void* TSQNode::operator new(std::size_t Size, detail::TNodePool* Pool) { return detail::TNodePool::Allocate(Size, Pool); }
@@ -43,6 +75,7 @@ TGCustomLinkedList::~TGCustomLinkedList() {
   FOnChange = nullptr;
   FreeAll();
   for (TGCustomLinkedListEnumerator* E = FEnumerators; E; E = E->FNextEnum) E->FList = nullptr;
+  delete FSpareRecord;
   if (FPool) FPool->Release();
 }
 
@@ -62,31 +95,67 @@ TGCustomLinkedList::TExact TGCustomLinkedList::FindExact() const {
 
 detail::TNodePool* TGCustomLinkedList::MakeNodePool() const {
   try {
-    FPool = new detail::TNodePool;
+    FPool = new detail::TNodePool(const_cast<TGCustomLinkedList*>(this));
   } catch (const std::bad_alloc&) {
     throw EOutOfMemory(SOutOfMemory);
   }
   return FPool;
 }
 
-void TGCustomLinkedList::CheckFree(const TSQNode* ANode) const {
+void TGCustomLinkedList::CheckFree(const TSQNode* ANode) {
   if (!ANode) RaiseNullAccess(u"list node");
-  if (ANode->FOwnerList) throw EListError(SNodeInList);
+  if (detail::TNodePool::Word(ANode) & (detail::OwnRecord | detail::OwnStore)) throw EListError(SNodeInList);
+  PrepareAdopt(ANode);
+}
+
+bool TGCustomLinkedList::InOwnStore(const TSQNode* ANode) const noexcept {
+  return FPool && detail::TNodePool::Word(ANode) == reinterpret_cast<std::uintptr_t>(FPool) && IsLibraryNode(*ANode);
+}
+
+void TGCustomLinkedList::PrepareAdopt(const TSQNode* ANode) {
+  if (FSpareRecord || InOwnStore(ANode)) return;
+  try {
+    FSpareRecord = new detail::TOwnRecord{};
+  } catch (const std::bad_alloc&) {
+    throw EOutOfMemory(SOutOfMemory);
+  }
 }
 
 void TGCustomLinkedList::Adopt(TSQNode* ANode) noexcept {
   if (ANode == FFresh) FFreshState |= fsAdopted;
-  ANode->FOwnerList = this;
-  if (FOwned) {
-    ANode->FOwnNext = FOwned;
-    ANode->FOwnPrev = FOwned->FOwnPrev;
-    FOwned->FOwnPrev->FOwnNext = ANode;
-    FOwned->FOwnPrev = ANode;
-  } else {
-    ANode->FOwnNext = ANode->FOwnPrev = ANode;
-    FOwned = ANode;
-  }
   ++FOwnedCount;
+  if (InOwnStore(ANode)) {
+    detail::TNodePool::Word(ANode) |= detail::OwnStore | (IsExactly(*ANode, typeid(TSQNode)) ? detail::OwnPlain : 0);
+    return;
+  }
+  detail::TOwnRecord* R = std::exchange(FSpareRecord, nullptr);
+  R->List = this;
+  R->Node = ANode;
+  R->Word = detail::TNodePool::Word(ANode);
+  if (FRecords) {
+    R->Next = FRecords;
+    R->Prev = FRecords->Prev;
+    FRecords->Prev->Next = R;
+    FRecords->Prev = R;
+  } else {
+    R->Next = R->Prev = R;
+    FRecords = R;
+  }
+  ++FRecordCount;
+  detail::TNodePool::Word(ANode) = reinterpret_cast<std::uintptr_t>(R) | detail::OwnRecord;
+}
+
+void TGCustomLinkedList::DropRecord(detail::TOwnRecord* Record) noexcept {
+  detail::TNodePool::Word(Record->Node) = Record->Word;
+  if (Record->Next == Record) {
+    FRecords = nullptr;
+  } else {
+    Record->Prev->Next = Record->Next;
+    Record->Next->Prev = Record->Prev;
+    if (FRecords == Record) FRecords = Record->Next;
+  }
+  --FRecordCount;
+  delete Record;
 }
 
 void TGCustomLinkedList::Keep(TSQNode* ANode) {
@@ -117,13 +186,8 @@ void TGCustomLinkedList::FreeNode(TSQNode* ANode) noexcept {
   // The rare cases out of line, so that the common free stays small enough to inline.
   if (FEnumerators) NodeLeaving(ANode);
   if (!FKept.empty()) KeptLinksPast(ANode);
-  if (ANode->FOwnNext == ANode) {
-    FOwned = nullptr;
-  } else {
-    ANode->FOwnPrev->FOwnNext = ANode->FOwnNext;
-    ANode->FOwnNext->FOwnPrev = ANode->FOwnPrev;
-    if (FOwned == ANode) FOwned = ANode->FOwnNext;
-  }
+  if (const std::uintptr_t Word = detail::TNodePool::Word(ANode); Word & detail::OwnRecord)
+    DropRecord(reinterpret_cast<detail::TOwnRecord*>(Word & ~detail::OwnMarks));
   --FOwnedCount;
   if (ANode == FFresh) FFreshState |= fsFreed;
   delete ANode;
@@ -135,13 +199,23 @@ void TGCustomLinkedList::FreeAll() noexcept {
     E->FPending = false;
     E->FEnded = true;
   }
-  TSQNode* N = FOwned;
-  for (std::int32_t I = 0; I < FOwnedCount; ++I) {
-    TSQNode* Following = N->FOwnNext;
-    delete N;
-    N = Following;
+  // Nodes taken from elsewhere first, in the order the list took them; then those of the
+  // store (the library's classes, whose destructors nobody sees), in address order.
+  std::int32_t Left = FOwnedCount - FRecordCount;
+  for (detail::TOwnRecord* R = FRecords; FRecordCount > 0; --FRecordCount) {
+    detail::TOwnRecord* Following = R->Next;
+    detail::TNodePool::Word(R->Node) = R->Word;
+    delete R->Node;
+    delete R;
+    R = Following;
   }
-  FOwned = nullptr;
+  FRecords = nullptr;
+  if (Left > 0 && FPool)
+    FPool->ForEachLive([&](void* Node, std::uintptr_t Word) {
+      if (!(Word & detail::OwnStore)) return true;
+      delete static_cast<TSQNode*>(Node);
+      return --Left > 0;
+    });
   FOwnedCount = 0;
   FKept.clear();
   // Every owned node is gone, the one being added among them if the list had taken it.
@@ -222,33 +296,14 @@ TSQNode* TGCustomLinkedList::AddNode(TSQNode* ANode) { return Insert(ANode, null
 
 TSQNode* TGCustomLinkedList::Insert(TSQNode* ANode, TSQNode* BeforeNode) {
   CheckFree(ANode);
-  LinkNode(ANode, BeforeNode, BeforeNode ? Find(BeforeNode) : nullptr);
+  TSQNode* Prev = BeforeNode ? Find(BeforeNode) : nullptr;
+  PrepareAdopt(ANode);  // again: an overriding Find may have adopted another node meanwhile
+  LinkNode(ANode, BeforeNode, Prev);
   Change();
   return ANode;
 }
 
-void TGCustomLinkedList::LinkNode(TSQNode* ANode, TSQNode* BeforeNode, TSQNode* Prev) noexcept {
-  if (!BeforeNode) {
-    if (!FTail)
-      FHead = ANode;
-    else
-      FTail->FNext = ANode;
-    FTail = ANode;
-    FLastAccessedIndex = FCount;
-  } else {
-    if (BeforeNode == FLastAccessedNode) ++FLastAccessedIndex;
-    if (!Prev)
-      FHead = ANode;
-    else
-      Prev->FNext = ANode;
-    ANode->FNext = BeforeNode;
-  }
-  FLastAccessedNode = ANode;
-  ++FCount;
-  Adopt(ANode);
-}
-
-TSQNode* TGCustomLinkedList::PushNewNode(TObject* Value, bool AtHead) {
+TSQNode* TGCustomLinkedList::PushNewNodeSlow(TObject* Value, bool AtHead) {
   TSQNode* Before = AtHead ? FHead : nullptr;
   // Insert's Find of the head: the count check, then the head itself, with no predecessor.
   if (Before && FCount == 0) throw EListError(SListEmpty);
@@ -329,6 +384,7 @@ void TGCustomLinkedList::SetNode(std::int32_t Index, TSQNode* Value) {
   CheckFree(Value);
   Value->FNext = Old->FNext;
   TSQNode* Prev = Find(Old);
+  PrepareAdopt(Value);  // again, as in Insert
   Keep(Old);
   if (!Prev)
     FHead = Value;
@@ -371,6 +427,7 @@ void TGCustomLinkedList::AddStackCopies(TGCustomLinkedList* Source) {
   for (std::int32_t Left = Source->FCount; N && Left > 0; --Left) {
     std::unique_ptr<TSQNode> Copy = NewNode();
     Copy->Assign(N);
+    PrepareAdopt(Copy.get());
     TSQNode* New = Copy.release();
     Adopt(New);
     if (!Prev)

@@ -5,8 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <vector>
 
+#include "GLists/NodePool.h"
 #include "GLists/Nodes.h"
 #include "Runtime/Persistent.h"
 #include "Runtime/UpdateCounter.h"
@@ -18,6 +20,7 @@ class TGCustomLinkedListEnumerator;
 namespace detail {
 template <class TNode>
 class TFreshNode;
+struct TOwnRecord;
 }
 
 /// Base of every linked list: a chain of nodes from Head to Tail. The list owns its nodes
@@ -40,6 +43,11 @@ class TFreshNode;
 /// into freed nodes. Walks that meet a missing link raise EAccessViolation; links that run
 /// on past every node the list owns (a cycle made through SetNext) raise "Node links do not
 /// reach the end of the list".
+///
+/// Ownership does not follow the links: the list frees the nodes of its own store that it
+/// owns by a pass over the store, and nodes from elsewhere (made with new, or by another
+/// list) in the order it took them. Nodes must come from new. Clear and destruction take
+/// time in proportion to the slots the store has carved since it was last emptied.
 class TGCustomLinkedList : public TPersistent {
  public:
   using TMeta = TMetaClassOf<TGCustomLinkedList>;
@@ -130,8 +138,41 @@ class TGCustomLinkedList : public TPersistent {
 
  protected:
   /// Push of an exact TGQueue (AtHead false) or TGStack (true) without its virtual calls:
-  /// a TSQNode from the store, linked as Insert would, Change, then the item.
-  TSQNode* PushNewNode(TObject* Value, bool AtHead);
+  /// a TSQNode from the store, linked as Insert would, Change, then the item. In line while
+  /// no OnChange handler could see the empty node.
+  TSQNode* PushNewNode(TObject* Value, bool AtHead) {
+    TSQNode* Before = AtHead ? FHead : nullptr;
+    if (FOnChange || !FPool || (Before && FCount == 0)) return PushNewNodeSlow(Value, AtHead);
+    auto* Node = ::new (detail::TNodePool::Allocate(sizeof(TSQNode), FPool)) TSQNode();
+    Node->FItem = Value;
+    detail::TNodePool::Word(Node) |= detail::OwnStore | detail::OwnPlain;
+    ++FOwnedCount;
+    Splice(Node, Before, nullptr);
+    FLastAccessedIndex = -1;
+    return Node;
+  }
+  /// Whether Top and Delete(Head) of this exact TGQueue or TGStack may go in line: the head
+  /// is a plain TSQNode of the list's own store that nothing else watches.
+  bool CanPopInline() const {
+    const TSQNode* N = FHead;
+    return FCount != 0 && N &&
+           detail::TNodePool::Word(N) == (reinterpret_cast<std::uintptr_t>(FPool) | detail::OwnStore | detail::OwnPlain) &&
+           N != FFresh && !FEnumerators && FKept.empty();
+  }
+  /// Top, then Delete(Head), once CanPopInline said so.
+  TObject* PopInline() {
+    TSQNode* N = FHead;
+    TObject* Result = N->FItem;
+    FHead = N->FNext;
+    if (N == FTail) FTail = nullptr;
+    --FOwnedCount;
+    // A plain node's destructors do nothing, so its slot goes straight back to the store.
+    FPool->FreeHeld(N, sizeof(TSQNode));
+    --FCount;
+    FLastAccessedNode = FHead;
+    Changed();
+    return Result;
+  }
   /// Delete(FHead) without its virtual calls, for a list whose Delete, Find and Change are
   /// the base's; the caller has checked that Count and Head are not zero.
   void DeleteHead();
@@ -140,16 +181,41 @@ class TGCustomLinkedList : public TPersistent {
   /// whose targets are then known.
   enum class TExact : std::int8_t { Unknown, Other, List, Queue, Stack };
   TExact Exact() const { return FExact != TExact::Unknown ? FExact : FindExact(); }
+  /// Exact() once it has been asked, else Unknown: one load for the hot paths.
+  TExact KnownExact() const { return FExact; }
   /// Forgets the cursor index (always), then fires OnChange unless inside an update.
   virtual void Change();
   /// What this class's Change does, for callers that know Change is not overridden.
   void Changed() {
     FLastAccessedIndex = -1;
-    if (!FUpdateCount.Updating() && FOnChange) FOnChange(this);
+    if (FOnChange && !FUpdateCount.Updating()) FOnChange(this);
   }
   /// Insert's linking, after its checks: Prev is the node in front of BeforeNode (null for
   /// the head or when BeforeNode is null). No notification.
-  void LinkNode(TSQNode* ANode, TSQNode* BeforeNode, TSQNode* Prev) noexcept;
+  void LinkNode(TSQNode* ANode, TSQNode* BeforeNode, TSQNode* Prev) noexcept {
+    Splice(ANode, BeforeNode, Prev);
+    Adopt(ANode);
+  }
+  /// LinkNode without the adoption.
+  void Splice(TSQNode* ANode, TSQNode* BeforeNode, TSQNode* Prev) noexcept {
+    if (!BeforeNode) {
+      if (!FTail)
+        FHead = ANode;
+      else
+        FTail->FNext = ANode;
+      FTail = ANode;
+      FLastAccessedIndex = FCount;
+    } else {
+      if (BeforeNode == FLastAccessedNode) ++FLastAccessedIndex;
+      if (!Prev)
+        FHead = ANode;
+      else
+        Prev->FNext = ANode;
+      ANode->FNext = BeforeNode;
+    }
+    FLastAccessedNode = ANode;
+    ++FCount;
+  }
   /// Delete's unlinking and freeing, after its checks; leaves the cursor at the head. No
   /// notification.
   void UnlinkNode(TSQNode* ANode, TSQNode* Prev) noexcept;
@@ -158,10 +224,13 @@ class TGCustomLinkedList : public TPersistent {
   void AddCopies(TGCustomLinkedList* Source, bool CopyPriority);
   /// Puts copies of Source's nodes, in Source's order, in front of the head. One Change.
   void AddStackCopies(TGCustomLinkedList* Source);
-  /// Raises unless ANode may be adopted.
-  void CheckFree(const TSQNode* ANode) const;
-  /// Takes ownership of ANode without linking it.
+  /// Raises unless ANode may be adopted; then makes sure that Adopt(ANode) cannot fail.
+  void CheckFree(const TSQNode* ANode);
+  /// Takes ownership of ANode without linking it. A node that is not one of the library's
+  /// node classes made in this list's store needs CheckFree (or PrepareAdopt) first.
   void Adopt(TSQNode* ANode) noexcept;
+  /// Makes sure that Adopt(ANode) cannot fail; raises EOutOfMemory.
+  void PrepareAdopt(const TSQNode* ANode);
   /// Records a node kept out of the chain (owned, freed at Clear): its links are moved on
   /// past every node freed later, so that they never lead to freed memory.
   void Keep(TSQNode* ANode);
@@ -190,13 +259,22 @@ class TGCustomLinkedList : public TPersistent {
   template <class TNode>
   friend class detail::TFreshNode;
   void FreeAll() noexcept;
+  TSQNode* PushNewNodeSlow(TObject* Value, bool AtHead);
+  /// Whether ANode is one of the library's node classes living in this list's store: such
+  /// a node, once adopted, is found and freed through the store.
+  bool InOwnStore(const TSQNode* ANode) const noexcept;
+  void DropRecord(detail::TOwnRecord* Record) noexcept;
   /// Moves the links of kept nodes that lead to ANode on past it.
   [[gnu::noinline]] void KeptLinksPast(TSQNode* ANode) noexcept;
   detail::TNodePool* MakeNodePool() const;
   TExact FindExact() const;
 
-  TSQNode* FOwned = nullptr;  // the ownership ring
+  // Every node the list owns is counted here; those not in its own store also have a
+  // record, in a ring in the order the list took them.
   std::int32_t FOwnedCount = 0;
+  std::int32_t FRecordCount = 0;
+  detail::TOwnRecord* FRecords = nullptr;
+  detail::TOwnRecord* FSpareRecord = nullptr;  // made by PrepareAdopt for the next Adopt
   std::vector<TSQNode*> FKept;
   TGCustomLinkedListEnumerator* FEnumerators = nullptr;
   mutable detail::TNodePool* FPool = nullptr;

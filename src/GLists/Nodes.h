@@ -30,12 +30,14 @@ class TSQNode : public TPersistent {
   void SetItem(TObject* Value) { FItem = Value; }
   TSQNode* GetNext() const { return FNext; }
   void SetNext(TSQNode* Value) { FNext = Value; }
-  /// The list that owns the node, or null while the caller owns it.
-  TGCustomLinkedList* GetOwnerList() const { return FOwnerList; }
+  /// The list that owns the node, or null while the caller owns it. Reads the word the
+  /// node's operator new put in front of it: the node must come from new.
+  TGCustomLinkedList* GetOwnerList() const;
 
   // Nodes come and go with every push and pop: the library's lists make theirs in a store
   // of their own (the placement form), where freed slots are reused. Node classes must not
-  // replace operator new.
+  // replace operator new: the word it puts in front of every node also says which list owns
+  // the node, so that ownership does not depend on the visible links.
   static void* operator new(std::size_t Size);
   static void* operator new(std::size_t Size, detail::TNodePool* Pool);
   static void operator delete(void* P, std::size_t Size) noexcept;
@@ -48,11 +50,6 @@ class TSQNode : public TPersistent {
  private:
   friend class TGCustomLinkedList;
   friend class TGCustomLinkedListEnumerator;
-  // Every node a list owns sits in the list's ownership ring, whatever the visible links
-  // say, so that nodes the chain no longer reaches are still freed exactly once.
-  TGCustomLinkedList* FOwnerList = nullptr;
-  TSQNode* FOwnPrev = nullptr;
-  TSQNode* FOwnNext = nullptr;
 };
 
 using TSQNodeClass = const TSQNode::TMeta*;

@@ -259,4 +259,34 @@ TEST(GLinkedList, ReplacedNodesStayAliveWhileReferredTo) {
     Loose.reset();
     Other.Clear();
   }
+  {
+    // Nodes from elsewhere (the global heap, another list's store) are freed once, in the
+    // order the list took them, and so are the list's own that nothing links to any more.
+    struct TWatched : TSQNode {
+      std::vector<int>* Log;
+      int Id;
+      TWatched(std::vector<int>* L, int I) : Log(L), Id(I) {}
+      ~TWatched() override { Log->push_back(Id); }
+    };
+    std::vector<int> Freed;
+    TGQueue Q;
+    TGLinkedList Maker;
+    Q.Push(Obj(1));
+    Q.AddNode(new TWatched(&Freed, 1));
+    TSQNode* Borrowed = Q.AddNode(Maker.NewNode().release());
+    Q.Push(Obj(2));
+    Q.AddNode(new TWatched(&Freed, 2));
+    Q.AddNode(new TWatched(&Freed, 3));
+    EXPECT_EQ(Borrowed->GetOwnerList(), &Q);
+    EXPECT_EQ(Q.GetTail()->GetOwnerList(), &Q);
+    EXPECT_EQ(Q.Pop(), Obj(1));
+    EXPECT_EQ(Q.Pop(), nullptr);
+    EXPECT_EQ(Freed, (std::vector<int>{1}));
+    Q.GetHead()->SetNext(nullptr);
+    Q.Clear();
+    EXPECT_EQ(Freed, (std::vector<int>{1, 2, 3}));
+    EXPECT_EQ(Q.GetCount(), 3);
+    Q.Push(Obj(3));
+    EXPECT_EQ(Q.Pop(), Obj(3));
+  }
 }

@@ -1,4 +1,4 @@
-#include "GLists/internal/NodePool.h"
+#include "GLists/NodePool.h"
 
 #include <new>
 
@@ -36,7 +36,7 @@ void TNodePool::FreeGlobal(void* Node) noexcept { ::operator delete(static_cast<
 void TNodePool::Abandon(void* Node) noexcept {
   if (!Node) return;
   void** Slot = static_cast<void**>(Node) - 1;
-  auto* Pool = static_cast<TNodePool*>(*Slot);
+  TNodePool* Pool = PoolOf(Word(Node));
   if (!Pool) return FreeGlobal(Node);
   *Slot = nullptr;
   if (--Pool->FLive == 0 && Pool->FReleased) delete Pool;
@@ -68,7 +68,7 @@ void TNodePool::Grow(std::size_t Class) {
   if (Slots > MaxChunkSlots) Slots = MaxChunkSlots;
   try {
     FChunks.reserve(FChunks.size() + 1);
-    FChunks.push_back(TChunk{std::unique_ptr<std::byte[]>(new std::byte[Slots * SlotSize]), Slots * SlotSize});
+    FChunks.push_back(TChunk{std::unique_ptr<std::byte[]>(new std::byte[Slots * SlotSize]), Slots * SlotSize, Class});
   } catch (const std::bad_alloc&) {
     throw EOutOfMemory(Runtime::SOutOfMemory);
   }

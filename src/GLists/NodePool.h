@@ -1,6 +1,7 @@
 // The storage of the nodes a list makes for itself: slots carved from chunks, recycled through
 // one free list per slot size, so that a steady push and pop allocates nothing and the nodes
-// of one list lie close together.
+// of one list lie close together. For the library's lists (their in-line push and pop), not
+// for users.
 #pragma once
 
 #include <array>
@@ -20,13 +21,27 @@
 #define KZ_NODE_UNPOISON(P, N) ((void)(P), (void)(N))
 #endif
 
+namespace kz {
+class TGCustomLinkedList;
+}
+
 namespace kz::detail {
 
-/// Every node is preceded by one word: its pool while it lives (null for the global heap),
-/// the next free slot of its size while it is free.
+// Marks a list keeps in the low bits of a living node's store word.
+/// Owned by a list that keeps a record of it: the word is the record's address.
+inline constexpr std::uintptr_t OwnRecord = 1;
+/// Owned by the list of the pool the word names.
+inline constexpr std::uintptr_t OwnStore = 2;
+/// Beside OwnStore: the node is exactly a TSQNode.
+inline constexpr std::uintptr_t OwnPlain = 4;
+inline constexpr std::uintptr_t OwnMarks = 7;
+
+/// Every node is preceded by one word, its store word: its pool while it lives (null for the
+/// global heap) with the list's marks in the low bits, the next free slot of its size while
+/// it is free. A pool belongs to one list.
 class TNodePool {
  public:
-  TNodePool() = default;
+  explicit TNodePool(TGCustomLinkedList* List) noexcept : FList(List) {}
   TNodePool(const TNodePool&) = delete;
   TNodePool& operator=(const TNodePool&) = delete;
 
@@ -35,6 +50,29 @@ class TNodePool {
   void Release() noexcept;
   /// Returns the chunks when no node of the pool is alive.
   void Trim() noexcept;
+  /// The list the pool belongs to.
+  TGCustomLinkedList* List() const noexcept { return FList; }
+  /// Calls Fn(Node, Word) for every node alive in the pool, with its store word, in address
+  /// order, until Fn answers false. Fn may free the node it is given.
+  template <class TFn>
+  void ForEachLive(TFn Fn) {
+    for (const TChunk& C : FChunks) {
+      const std::size_t SlotSize = C.Class * Unit;
+      for (std::byte* P = C.Memory.get(), *End = P + C.Bytes; P != End; P += SlotSize)
+        if (const std::uintptr_t W = *reinterpret_cast<std::uintptr_t*>(P);
+            (W & ~OwnMarks) == reinterpret_cast<std::uintptr_t>(this) &&
+            !Fn(reinterpret_cast<std::uintptr_t*>(P) + 1, W))
+          return;
+    }
+  }
+  /// The store word of a node that comes from Allocate.
+  static std::uintptr_t& Word(const void* Node) noexcept {
+    return const_cast<std::uintptr_t*>(static_cast<const std::uintptr_t*>(Node))[-1];
+  }
+  /// The pool of a store word.
+  static TNodePool* PoolOf(std::uintptr_t Word) noexcept {
+    return reinterpret_cast<TNodePool*>(Word & ~OwnMarks);
+  }
 
   /// Node memory of Size bytes: from Pool when there is one and the size fits a slot, else
   /// from the global heap. Raises EOutOfMemory.
@@ -43,6 +81,8 @@ class TNodePool {
     if (Pool && Class <= MaxClass)
       if (void** Slot = static_cast<void**>(Pool->FFree[Class])) {
         Pool->FFree[Class] = *Slot;
+        // The next allocation reads the next free slot, which a drained queue left cold.
+        __builtin_prefetch(*Slot, 1);
         *Slot = Pool;
         ++Pool->FLive;
         KZ_NODE_UNPOISON(Slot + 1, Class * Unit - HeaderSize);
@@ -50,17 +90,27 @@ class TNodePool {
       }
     return AllocateSlow(Size, Pool);
   }
-  /// Returns memory from Allocate, wherever it came from. Size is the size asked for.
+  /// Returns memory from Allocate, wherever it came from. Size is the size asked for. A
+  /// record's mark must be gone from the word.
   static void Free(void* Node, std::size_t Size) noexcept {
     if (!Node) return;
     void** Slot = static_cast<void**>(Node) - 1;
-    auto* Pool = static_cast<TNodePool*>(*Slot);
+    TNodePool* Pool = PoolOf(Word(Node));
     if (!Pool) return FreeGlobal(Node);
     const std::size_t Class = (Size + HeaderSize + Unit - 1) / Unit;
     KZ_NODE_POISON(Node, Class * Unit - HeaderSize);
     *Slot = Pool->FFree[Class];
     Pool->FFree[Class] = Slot;
     if (--Pool->FLive == 0 && Pool->FReleased) delete Pool;
+  }
+  /// Free of a node known to live in this pool while its list still holds the pool.
+  void FreeHeld(void* Node, std::size_t Size) noexcept {
+    void** Slot = static_cast<void**>(Node) - 1;
+    const std::size_t Class = (Size + HeaderSize + Unit - 1) / Unit;
+    KZ_NODE_POISON(Node, Class * Unit - HeaderSize);
+    *Slot = FFree[Class];
+    FFree[Class] = Slot;
+    --FLive;
   }
   /// Returns memory from Allocate whose size is unknown (a constructor that raised): a pool
   /// slot is not reused but goes with its chunk.
@@ -79,12 +129,14 @@ class TNodePool {
   struct TChunk {
     std::unique_ptr<std::byte[]> Memory;
     std::size_t Bytes;
+    std::size_t Class;
   };
 
   std::array<void*, MaxClass + 1> FFree{};  // per slot size in units: first free slot
   std::array<std::size_t, MaxClass + 1> FCarved{};
   std::vector<TChunk> FChunks;
   std::size_t FLive = 0;
+  TGCustomLinkedList* FList;
   bool FReleased = false;
 };
 
