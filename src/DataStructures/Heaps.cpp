@@ -294,7 +294,7 @@ void TCustomHeap::Assign(TPersistent* Source) {
 void TCustomHeap::CopyOrdered(const TCustomHeap& Other) {
   // The clone of an element out of place is not looked up: its Index may have been
   // overwritten by an element's Assign.
-  if (Other.FOrdered && !Other.FOut) FOrdered = true;
+  if (Other.FOrdered && !Other.FOut) FOrdered = FTracksOrder;
 }
 
 void TCustomHeap::OutOfPlace(const THeapElement* Element) {
@@ -308,7 +308,7 @@ void TCustomHeap::OutOfPlace(const THeapElement* Element) {
 
 void TCustomHeap::OrderIfSmall() {
   if (FHeap.size() <= 1) {
-    FOrdered = true;
+    FOrdered = FTracksOrder;
     FOut = nullptr;
   }
 }
@@ -362,6 +362,7 @@ std::unique_ptr<THeapElement> TCustomHeap::MakeElement(TObject* Item) {
 THeapElement* TCustomHeap::Insert(std::unique_ptr<THeapElement> Element, TKey Key) {
   CheckNotComparing();
   THeapAccess::SetOwner(Element.get(), this);
+  if (!FTracksOrder) return InsertEntry(FHeap, TSlot{Key, Element.release()}, [this](std::int32_t I) { PushUp(I); });
   // A new leaf is in place for a key after every other, so a full sift up restores the heap.
   OutOfPlace(Element.get());
   FSifted = false;
@@ -376,19 +377,23 @@ THeapElement* TCustomHeap::Insert(std::unique_ptr<THeapElement> Element, TKey Ke
 void TCustomHeap::Clear() {
   CheckNotComparing();
   FreeAll(FHeap, FPool);
-  FOrdered = true;
+  FOrdered = FTracksOrder;
   FOut = nullptr;
 }
 
 TObject* TCustomHeap::Remove(std::int32_t Index) {
   CheckIndex(Index);
   CheckNotComparing();
-  // The element moved into the gap is in place for the removed one's key: it takes over
-  // being the one out of place.
-  if (FOut == FHeap[static_cast<std::size_t>(Index)].Element) FOut = nullptr;
+  // The element moved into the gap is in place for the removed one's key, so it becomes the
+  // one out of place, even when the removed one was.
+  if (FTracksOrder && FOut == FHeap[static_cast<std::size_t>(Index)].Element) FOut = nullptr;
   THeapElement* Removed = TakeOut(FHeap, Index);
   TObject* Result = Removed->GetItem();
   delete Removed;
+  if (!FTracksOrder) {
+    if (Index == 0 && FHeap.size() > 1) PushDown(0);
+    return Result;
+  }
   if (static_cast<std::size_t>(Index) < FHeap.size()) {
     THeapElement* Moved = FHeap[static_cast<std::size_t>(Index)].Element;
     OutOfPlace(Moved);

@@ -112,12 +112,13 @@ class TCustomHeap : public TPersistent {
   // some key it could hold (its key before a write, or the key of the element it replaced),
   // so that one proper sift of it restores the whole heap. Every path that may break more
   // clears FOrdered; it is set again only when at most one element is left, by a proper
-  // sift of FOut (Settle), or by Clear. The numeric heaps never settle: their sifts are cheap
-  // enough either way.
+  // sift of FOut (Settle), or by Clear. Only heaps that TrackOrder keep it; the numeric heaps
+  // keep the plain sift, which measured faster for them, and stay unordered.
 
   /// Element was written or moved into a gap: it becomes the one out of place, or the heap
   /// unordered.
   void OutOfPlace(const THeapElement* Element);
+  void TrackOrder() { FTracksOrder = FOrdered = true; }
   void Unorder() {
     FOrdered = false;
     FOut = nullptr;
@@ -139,7 +140,8 @@ class TCustomHeap : public TPersistent {
   THeapElementClass FElementClass;
   // Set while a caller's comparison runs: a sift holds positions that a change would void.
   mutable bool FComparing = false;
-  bool FOrdered = true;
+  bool FTracksOrder = false;
+  bool FOrdered = false;
   // Set by this library's PushUp and PushDown, so that an override that does not sift leaves
   // the heap unordered.
   bool FSifted = false;
@@ -171,9 +173,9 @@ class TCustomHeap : public TPersistent {
 class THeap : public TCustomHeap {
   KZ_CLASS(THeap, TCustomHeap)
  public:
-  THeap() = default;
-  explicit THeap(THeapElementClass ElementClass) : TCustomHeap(ElementClass) {}
-  explicit THeap(TCompareFunc CompareFunc) : FCompare(std::move(CompareFunc)) {}
+  THeap() { TrackOrder(); }
+  explicit THeap(THeapElementClass ElementClass) : TCustomHeap(ElementClass) { TrackOrder(); }
+  explicit THeap(TCompareFunc CompareFunc) : FCompare(std::move(CompareFunc)) { TrackOrder(); }
 
   /// As TCustomHeap::Assign; also takes the comparison of a THeap source.
   void Assign(TPersistent* Source) override;

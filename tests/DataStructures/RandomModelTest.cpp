@@ -81,12 +81,12 @@ TEST(HeapRandomModel, IntAndObjectHeapsInBothOrders) {
   }
 }
 
-// Twin object heaps get the same random steps, ties frequent: Clone sifts from the bottom
+// Twin object heaps get the same random steps, ties frequent: Bottom sifts from the bottom
 // whenever it knows its order, Plain never (two of its items are rewritten before each step,
 // which it cannot tell from a change of order). Later runs mix in interior deletes, SetOrder
-// and a comparison that raises on one item, after which the clone must find its order
-// again. Every position, every Index, every answer and every raise must agree; in the
-// first runs the clone must have compared much less.
+// and a comparison that raises on one item, after which Bottom sifts plainly until a drain
+// empties it. Every position, every Index, every answer and every raise must agree; in the
+// first runs Bottom must have compared at least a tenth less.
 TEST(HeapRandomModel, BottomUpSiftMovesAsThePlainSift) {
   for (unsigned Run = 1; Run <= 4; ++Run) {
     std::mt19937 Rng(Run);
@@ -100,8 +100,8 @@ TEST(HeapRandomModel, BottomUpSiftMovesAsThePlainSift) {
         return CompareVals(A, B);
       });
     };
-    THeap Clone(Counting(0)), Plain(Counting(1));
-    for (THeap* H : {&Clone, &Plain}) H->SetOrder(Run % 2 ? hpIncreasing : hpDecreasing);
+    THeap Bottom(Counting(0)), Plain(Counting(1));
+    for (THeap* H : {&Bottom, &Plain}) H->SetOrder(Run % 2 ? hpIncreasing : hpDecreasing);
     const bool Quirks = Run > 2;
     for (int Step = 0; Step < 4000; ++Step) {
       SCOPED_TRACE(testing::Message() << "run " << Run << " step " << Step);
@@ -109,12 +109,12 @@ TEST(HeapRandomModel, BottomUpSiftMovesAsThePlainSift) {
         for (std::int32_t I : {0, Plain.GetCount() - 1}) Plain.GetElement(I)->SetItem(Plain.GetItem(I));
       unsigned Op = Rng() % 300 == 0 ? 199 : Rng() % 195;
       if (Op >= 190 && Op < 195 && !Quirks) Op = 100;
-      const std::int32_t Count = Clone.GetCount();
+      const std::int32_t Count = Bottom.GetCount();
       const std::int32_t At = Count > 0 ? static_cast<std::int32_t>(Rng() % static_cast<unsigned>(Count)) : 0;
       auto Both = [&](auto Do) {
         bool Raised[2] = {false, false};
         int Side = 0;
-        for (THeap* H : {&Clone, &Plain}) {
+        for (THeap* H : {&Bottom, &Plain}) {
           try {
             Do(*H);
           } catch (const Exception&) {
@@ -132,12 +132,12 @@ TEST(HeapRandomModel, BottomUpSiftMovesAsThePlainSift) {
         Both([&](THeap& H) { Popped[&H == &Plain] = H.Delete(0); });
         ASSERT_EQ(Popped[0], Popped[1]);
       } else if (Op < 190) {
-        static_cast<TVal*>(Clone.GetItem(At))->V = static_cast<std::int32_t>(Rng() % 8);
+        static_cast<TVal*>(Bottom.GetItem(At))->V = static_cast<std::int32_t>(Rng() % 8);
         std::int32_t Moved[2];
         Both([&](THeap& H) { Moved[&H == &Plain] = H.ModifyPriority(At); });
         ASSERT_EQ(Moved[0], Moved[1]);
       } else if (Op < 192) {
-        Poison = static_cast<TVal*>(Clone.GetItem(static_cast<std::int32_t>(Rng() % static_cast<unsigned>(Count))));
+        Poison = static_cast<TVal*>(Bottom.GetItem(static_cast<std::int32_t>(Rng() % static_cast<unsigned>(Count))));
         Both([&](THeap& H) { (void)H.Delete(0); });
         Poison = nullptr;
       } else if (Op < 194) {
@@ -145,12 +145,12 @@ TEST(HeapRandomModel, BottomUpSiftMovesAsThePlainSift) {
       } else if (Op < 195) {
         Both([&](THeap& H) { H.SetOrder(H.GetOrder() == hpIncreasing ? hpDecreasing : hpIncreasing); });
       } else {
-        while (Clone.GetCount() > 0) ASSERT_EQ(Clone.Delete(0), Plain.Delete(0));
+        while (Bottom.GetCount() > 0) ASSERT_EQ(Bottom.Delete(0), Plain.Delete(0));
       }
-      ASSERT_EQ(Clone.GetCount(), Plain.GetCount());
-      for (std::int32_t I = 0; I < Clone.GetCount(); ++I) {
-        ASSERT_EQ(Clone.GetItem(I), Plain.GetItem(I)) << "at " << I;
-        ASSERT_EQ(Clone.GetElement(I)->GetIndex(), I);
+      ASSERT_EQ(Bottom.GetCount(), Plain.GetCount());
+      for (std::int32_t I = 0; I < Bottom.GetCount(); ++I) {
+        ASSERT_EQ(Bottom.GetItem(I), Plain.GetItem(I)) << "at " << I;
+        ASSERT_EQ(Bottom.GetElement(I)->GetIndex(), I);
         ASSERT_EQ(Plain.GetElement(I)->GetIndex(), I);
       }
     }
