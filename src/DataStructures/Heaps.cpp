@@ -18,6 +18,7 @@ using detail::GuardMemory;
 using detail::THeapAccess;
 using detail::PreOrderFind;
 using detail::SiftDown;
+using detail::SiftDownFromBottom;
 using detail::SiftUp;
 using detail::TakeOut;
 using detail::TNoLookAhead;
@@ -125,10 +126,11 @@ struct TObjectRules {
     return SiftUp(H, I, [&](const S& P, const S& K) { return After(O, Cmp(FItem::Of(P), FItem::Of(K))); });
   }
   template <class S, class C>
-  static auto* PushDown(std::vector<S>& H, THeapOrder O, std::int32_t I, const C& Cmp) {
-    return SiftDown<FItem>(
-        H, I, [&](const S& R, const S& L) { return !After(O, Cmp(FItem::Of(R), FItem::Of(L))); },
-        [&](const S& K, const S& X) { return Before(O, Cmp(FItem::Of(K), FItem::Of(X))); });
+  static auto* PushDown(std::vector<S>& H, THeapOrder O, std::int32_t I, const C& Cmp, bool FromBottom = false) {
+    auto TakeRight = [&](const S& R, const S& L) { return !After(O, Cmp(FItem::Of(R), FItem::Of(L))); };
+    auto MoveUp = [&](const S& K, const S& X) { return Before(O, Cmp(FItem::Of(K), FItem::Of(X))); };
+    if (FromBottom) return SiftDownFromBottom<FItem>(H, I, TakeRight, MoveUp);
+    return SiftDown<FItem>(H, I, TakeRight, MoveUp);
   }
   template <class S, class T, class C>
   static std::int32_t IndexOf(const std::vector<S>& H, THeapOrder O, const T& Item, const C& Cmp) {
@@ -285,6 +287,36 @@ void TCustomHeap::Assign(TPersistent* Source) {
   Clear();
   FOrder = Other->FOrder;
   Copies.MoveInto(FHeap);
+  Unorder();
+  OrderIfSmall();
+}
+
+void TCustomHeap::CopyOrdered(const TCustomHeap& Other) {
+  // The clone of an element out of place is not looked up: its Index may have been
+  // overwritten by an element's Assign.
+  if (Other.FOrdered && !Other.FOut) FOrdered = FTracksOrder;
+}
+
+void TCustomHeap::OutOfPlace(const THeapElement* Element) {
+  if (FOrdered && FOut != Element) {
+    if (FOut)
+      Unorder();
+    else
+      FOut = Element;
+  }
+}
+
+void TCustomHeap::OrderIfSmall() {
+  if (FHeap.size() <= 1) {
+    FOrdered = FTracksOrder;
+    FOut = nullptr;
+  }
+}
+
+bool TCustomHeap::SiftFromBottom(std::int32_t Index) {
+  FSifted = true;
+  if (FOut && FOut != FHeap[static_cast<std::size_t>(Index)].Element) Unorder();
+  return FOrdered;
 }
 
 TObject* TCustomHeap::GetItem(std::int32_t Index) const { return GetElement(Index)->GetItem(); }
@@ -297,15 +329,21 @@ THeapElement* TCustomHeap::GetElement(std::int32_t Index) const {
 TCustomHeap::TKey TCustomHeap::KeyOf(const THeapElement* Element) const { return TKey{.Item = Element->GetItem()}; }
 
 void TCustomHeap::ElementChanged(const THeapElement* Element, std::int32_t Index) {
-  if (Index >= 0 && static_cast<std::size_t>(Index) < FHeap.size() && FHeap[static_cast<std::size_t>(Index)].Element == Element)
-    FHeap[static_cast<std::size_t>(Index)].Key = KeyOf(Element);
+  if (Index >= 0 && static_cast<std::size_t>(Index) < FHeap.size() && FHeap[static_cast<std::size_t>(Index)].Element == Element) {
+    const TKey Key = KeyOf(Element);
+    FHeap[static_cast<std::size_t>(Index)].Key = Key;
+    OutOfPlace(Element);
+  }
 }
 
 void TCustomHeap::SetOrder(THeapOrder Value) {
   if (Value == FOrder) return;
   CheckNotComparing();
   FOrder = Value;
-  if (FHeap.size() >= 2) PushUp(static_cast<std::int32_t>(FHeap.size()) - 1);
+  if (FHeap.size() >= 2) {
+    Unorder();
+    PushUp(static_cast<std::int32_t>(FHeap.size()) - 1);
+  }
 }
 
 THeapElement* TCustomHeap::Add(TObject* Item) {
@@ -324,21 +362,48 @@ std::unique_ptr<THeapElement> TCustomHeap::MakeElement(TObject* Item) {
 THeapElement* TCustomHeap::Insert(std::unique_ptr<THeapElement> Element, TKey Key) {
   CheckNotComparing();
   THeapAccess::SetOwner(Element.get(), this);
-  return InsertEntry(FHeap, TSlot{Key, Element.release()}, [this](std::int32_t I) { PushUp(I); });
+  if (!FTracksOrder) return InsertEntry(FHeap, TSlot{Key, Element.release()}, [this](std::int32_t I) { PushUp(I); });
+  // A new leaf is in place for a key after every other, so a full sift up restores the heap.
+  OutOfPlace(Element.get());
+  FSifted = false;
+  THeapElement* Added = InsertEntry(FHeap, TSlot{Key, Element.release()}, [this](std::int32_t I) { PushUp(I); });
+  if (FHeap.size() == 1)
+    OrderIfSmall();
+  else
+    Settle(Added);
+  return Added;
 }
 
 void TCustomHeap::Clear() {
   CheckNotComparing();
   FreeAll(FHeap, FPool);
+  FOrdered = FTracksOrder;
+  FOut = nullptr;
 }
 
 TObject* TCustomHeap::Remove(std::int32_t Index) {
   CheckIndex(Index);
   CheckNotComparing();
+  // The element moved into the gap is in place for the removed one's key, so it becomes the
+  // one out of place, even when the removed one was.
+  if (FTracksOrder && FOut == FHeap[static_cast<std::size_t>(Index)].Element) FOut = nullptr;
   THeapElement* Removed = TakeOut(FHeap, Index);
   TObject* Result = Removed->GetItem();
   delete Removed;
-  if (Index == 0 && FHeap.size() > 1) PushDown(0);
+  if (!FTracksOrder) {
+    if (Index == 0 && FHeap.size() > 1) PushDown(0);
+    return Result;
+  }
+  if (static_cast<std::size_t>(Index) < FHeap.size()) {
+    THeapElement* Moved = FHeap[static_cast<std::size_t>(Index)].Element;
+    OutOfPlace(Moved);
+    if (Index == 0 && FHeap.size() > 1) {
+      FSifted = false;
+      PushDown(0);
+      Settle(Moved);
+    }
+  }
+  OrderIfSmall();
   return Result;
 }
 
@@ -346,7 +411,10 @@ TObject* TCustomHeap::Remove(std::int32_t Index) {
 
 void THeap::Assign(TPersistent* Source) {
   inherited::Assign(Source);
-  if (auto* Other = dynamic_cast<THeap*>(Source); Other && Other != this) FCompare = Other->FCompare;
+  if (auto* Other = dynamic_cast<THeap*>(Source); Other && Other != this) {
+    FCompare = Other->FCompare;
+    CopyOrdered(*Other);
+  }
 }
 
 void THeap::CheckCompare() const {
@@ -375,13 +443,27 @@ decltype(auto) THeap::WithCompare(F&& Run) const {
 THeapElement* THeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
   CheckNotComparing();
-  return WithCompare([&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushUp(FHeap, FOrder, Index, Cmp); });
+  SiftFromBottom(Index);
+  try {
+    return WithCompare([&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushUp(FHeap, FOrder, Index, Cmp); });
+  } catch (...) {
+    Unorder();  // a sift cut short may leave more than one element out of place
+    throw;
+  }
 }
 
 THeapElement* THeap::PushDown(std::int32_t Index) {
   CheckIndex(Index);
   CheckNotComparing();
-  return WithCompare([&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushDown(FHeap, FOrder, Index, Cmp); });
+  const bool FromBottom = SiftFromBottom(Index);
+  try {
+    return WithCompare([&](const auto& Cmp) -> THeapElement* {
+      return TObjectOps::PushDown(FHeap, FOrder, Index, Cmp, FromBottom);
+    });
+  } catch (...) {
+    Unorder();
+    throw;
+  }
 }
 
 std::int32_t THeap::IndexOf(TObject* Item) const {
@@ -393,7 +475,13 @@ TObject* THeap::Delete(std::int32_t Index) {
   const std::int32_t Count = HeapCount();
   if (Index != Count - 1 && Count >= 3) CheckCompare();  // refuse before anything moves
   TObject* Result = Remove(Index);
-  if (Index < HeapCount() && TObjectOps::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP)) PushUp(Index);
+  if (Index < HeapCount() && TObjectOps::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP)) {
+    // Strictly before its parent, so not after the removed element's children.
+    const THeapElement* Moved = FHeap[static_cast<std::size_t>(Index)].Element;
+    FSifted = false;
+    PushUp(Index);
+    Settle(Moved);
+  }
   return Result;
 }
 
@@ -401,8 +489,13 @@ std::int32_t THeap::ModifyPriority(THeapElement* Element) { return ModifyPriorit
 
 std::int32_t THeap::ModifyPriority(std::int32_t Index) {
   CheckIndex(Index);
-  ElementChanged(FHeap[static_cast<std::size_t>(Index)].Element, Index);
-  return (TObjectOps::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP) ? PushUp(Index) : PushDown(Index))->GetIndex();
+  const THeapElement* E = FHeap[static_cast<std::size_t>(Index)].Element;
+  ElementChanged(E, Index);
+  FSifted = false;
+  const std::int32_t Result =
+      (TObjectOps::BeforeParent(FHeap, FOrder, Index, KZ_HEAP_CMP) ? PushUp(Index) : PushDown(Index))->GetIndex();
+  Settle(E);
+  return Result;
 }
 
 // ---- TIntHeap ----

@@ -107,11 +107,45 @@ class TCustomHeap : public TPersistent {
   /// Rewrites the key of Element when it sits at Index.
   void ElementChanged(const THeapElement* Element, std::int32_t Index);
 
+  // What the heap knows of its own order, for the object heap's bottom-up sift. FOrdered:
+  // no parent is after its child, except perhaps FOut (when set), which is then in place for
+  // some key it could hold (its key before a write, or the key of the element it replaced),
+  // so that one proper sift of it restores the whole heap. Every path that may break more
+  // clears FOrdered; it is set again only when at most one element is left, by a proper
+  // sift of FOut (Settle), or by Clear. Only heaps that TrackOrder keep it; the numeric heaps
+  // keep the plain sift, which measured faster for them, and stay unordered.
+
+  /// Element was written or moved into a gap: it becomes the one out of place, or the heap
+  /// unordered.
+  void OutOfPlace(const THeapElement* Element);
+  void TrackOrder() { FTracksOrder = FOrdered = true; }
+  void Unorder() {
+    FOrdered = false;
+    FOut = nullptr;
+  }
+  /// Ordered again when at most one element is left.
+  void OrderIfSmall();
+  /// Whether a sift of the element at Index may go from the bottom; a sift of another element
+  /// than FOut gives up what is known.
+  bool SiftFromBottom(std::int32_t Index);
+  /// After a sift of Element that restores the heap when only Element was out of place.
+  void Settle(const THeapElement* Element) {
+    if (FSifted && FOrdered && FOut == Element) FOut = nullptr;
+  }
+  /// Takes up the source heap's knowledge when both order by the same key.
+  void CopyOrdered(const TCustomHeap& Other);
+
   std::vector<TSlot> FHeap;
   THeapOrder FOrder = hpIncreasing;
   THeapElementClass FElementClass;
   // Set while a caller's comparison runs: a sift holds positions that a change would void.
   mutable bool FComparing = false;
+  bool FTracksOrder = false;
+  bool FOrdered = false;
+  // Set by this library's PushUp and PushDown, so that an override that does not sift leaves
+  // the heap unordered.
+  bool FSifted = false;
+  const THeapElement* FOut = nullptr;
 
  private:
   friend class THeapElement;
@@ -127,12 +161,21 @@ class TCustomHeap : public TPersistent {
 /// down, so the heap property may stay broken below it. IndexOf(Item) searches in pre-order,
 /// skipping subtrees whose root is after Item. A null comparison raises EAccessViolation
 /// as soon as one is needed.
+/// While the heap property is known to hold below the element sifted (not after an
+/// interior Delete that left it broken, SetOrder, an item written without ModifyPriority,
+/// or a comparison that raised), PushDown and so Delete(0) go from the bottom: the hole
+/// descends to a leaf with one comparison per level and the element climbs back. For a
+/// consistent comparison the moves, positions and Index fields are those of the plain sift;
+/// how many comparisons are made, and in which order, is not promised. A comparison that
+/// raises leaves what the plain sift leaves. The comparison must stay consistent while items
+/// are in the heap: after changing what it reads of an item, call ModifyPriority for that
+/// item before anything else sifts.
 class THeap : public TCustomHeap {
   KZ_CLASS(THeap, TCustomHeap)
  public:
-  THeap() = default;
-  explicit THeap(THeapElementClass ElementClass) : TCustomHeap(ElementClass) {}
-  explicit THeap(TCompareFunc CompareFunc) : FCompare(std::move(CompareFunc)) {}
+  THeap() { TrackOrder(); }
+  explicit THeap(THeapElementClass ElementClass) : TCustomHeap(ElementClass) { TrackOrder(); }
+  explicit THeap(TCompareFunc CompareFunc) : FCompare(std::move(CompareFunc)) { TrackOrder(); }
 
   /// As TCustomHeap::Assign; also takes the comparison of a THeap source.
   void Assign(TPersistent* Source) override;

@@ -110,6 +110,51 @@ auto* SiftDown(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight, FMoveUp 
   return ElementOf(Hole.Entry);
 }
 
+/// SiftDown for a heap whose entries below I already satisfy the heap property: the hole goes
+/// down the path of chosen children to a leaf with one TakeRight test per level, then the
+/// entry moves back up while !MoveUp(Parent, Entry). Along that path no entry is after its
+/// child, so for a consistent order the entries MoveUp holds for form a prefix of the path
+/// and the entry ends exactly where SiftDown puts it, with the same moves. When a test
+/// raises, the path is put back as it was and SiftDown runs instead, so a raising comparison
+/// leaves what SiftDown leaves. Every move sets its Index at once, as SiftDown's do.
+template <class Ahead, class S, class FTakeRight, class FMoveUp>
+auto* SiftDownFromBottom(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight, FMoveUp MoveUp) {
+  auto Move = [&H](std::size_t To, std::size_t From) { Put(H, To, H[From]); };
+  const std::size_t N = H.size(), Start = static_cast<std::size_t>(I);
+  const S Entry = H[Start];
+  std::size_t At = Start;
+  try {
+    std::size_t K = 2 * At + 1;
+    for (; K + 1 < N; K = 2 * At + 1) {
+      if (const std::size_t Far = 8 * At + 7; Far < N) {
+        __builtin_prefetch(H.data() + Far);
+        __builtin_prefetch(H.data() + std::min(Far + 7, N - 1));
+      }
+      for (std::size_t G = 4 * At + 3, End = std::min(G + 4, N); G < End; ++G) Ahead::Touch(H[G]);
+      if (TakeRight(H[K + 1], H[K])) ++K;
+      Move(At, K);
+      At = K;
+    }
+    if (K < N) {
+      Move(At, K);
+      At = K;
+    }
+    while (At > Start) {
+      const std::size_t P = (At - 1) / 2;
+      if (MoveUp(H[P], Entry)) break;
+      Move(At, P);
+      At = P;
+    }
+    Put(H, At, Entry);
+    return ElementOf(Entry);
+  } catch (...) {
+    // Every entry above the hole on the path came up one level: move them back down.
+    for (; At > Start; At = (At - 1) / 2) Move(At, (At - 1) / 2);
+    Put(H, Start, Entry);
+  }
+  return SiftDown<Ahead>(H, I, TakeRight, MoveUp);
+}
+
 /// Pre-order walk from the root, left subtree first. Visit(Entry) answers 1 to stop at it,
 /// 0 to go on into its children, -1 to skip its subtree. Answers the index or -1. The
 /// recursion is as deep as the tree (at most 31 levels).
