@@ -354,8 +354,27 @@ THeapElement* TCustomHeap::Add(TObject* Item) {
   });
 }
 
+namespace {
+// The library's own element classes are built in the pool directly: the per-thread scope
+// that lets any class's constructor find the pool costs more than the rest of a push.
+template <class E>
+std::unique_ptr<THeapElement> MakeIn(TElementPool& Pool, TObject* Item) {
+  void* Memory = Pool.AllocateHere(sizeof(E));
+  try {
+    return std::unique_ptr<THeapElement>(::new (Memory) E(Item));
+  } catch (...) {
+    TElementPool::Free(Memory);
+    throw;
+  }
+}
+}  // namespace
+
 std::unique_ptr<THeapElement> TCustomHeap::MakeElement(TObject* Item) {
-  TElementPool::TScope Scope(PoolOf(FPool));
+  TElementPool& Pool = PoolOf(FPool);
+  if (FElementClass == &TIntHeapElement::ClassInfo()) return MakeIn<TIntHeapElement>(Pool, Item);
+  if (FElementClass == &THeapElement::ClassInfo()) return MakeIn<THeapElement>(Pool, Item);
+  if (FElementClass == &TFloatHeapElement::ClassInfo()) return MakeIn<TFloatHeapElement>(Pool, Item);
+  TElementPool::TScope Scope(Pool);
   return FElementClass->Create(Item);
 }
 

@@ -21,9 +21,15 @@ struct alignas(Granule) TElementPool::THeader {
 TElementPool::TScope::TScope(TElementPool& Pool) : FSaved(CurrentPool) { CurrentPool = &Pool; }
 TElementPool::TScope::~TScope() { CurrentPool = FSaved; }
 
+namespace {
+constexpr std::size_t SlotSizeFor(std::size_t Size) { return (Size + Granule + Granule - 1) / Granule * Granule; }
+}  // namespace
+
+void* TElementPool::AllocateHere(std::size_t Size) { return Take(SlotSizeFor(Size)); }
+
 void* TElementPool::Allocate(std::size_t Size) {
   static_assert(sizeof(THeader) == Granule);
-  const std::size_t SlotSize = (Size + sizeof(THeader) + Granule - 1) / Granule * Granule;
+  const std::size_t SlotSize = SlotSizeFor(Size);
   if (CurrentPool) return CurrentPool->Take(SlotSize);
   auto* H = static_cast<THeader*>(::operator new(SlotSize));
   H->Link = nullptr;

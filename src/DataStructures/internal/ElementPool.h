@@ -42,6 +42,8 @@ class TElementPool {
   /// else from the global heap; both carry a header saying where they came from.
   static void* Allocate(std::size_t Size);
   static void Free(void* Element) noexcept;
+  /// Memory for an element of Size bytes in this pool, whatever the current pool is.
+  void* AllocateHere(std::size_t Size);
 
  private:
   struct THeader;
