@@ -124,8 +124,9 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   A.EdgeFields = true;
   std::vector<std::int32_t> Weight;
   auto IsEvent = [](TGGraphNode* Node) { return detail::IsExactly<TAOEEvent>(Node) && !Node->GetOnChange(); };
-  auto IsTask = [&](TGGraphEdge* Edge, std::size_t) {
+  auto IsTask = [&](TGGraphEdge* Edge, std::size_t e) {
     if (!detail::IsExactly<TAOETask>(Edge)) return false;
+    if (e == 0) Weight.reserve(A.To.size());
     Weight.push_back(static_cast<TAOETask*>(Edge)->GetWeight());
     return true;
   };

@@ -135,9 +135,9 @@ void TGCustomGraph::TopologicalOrder(TStrings& OrderedNodes) {
   FAcyclic = false;
   FNeedAcyclicCheck = false;
   if (auto* List = dynamic_cast<TStringList*>(&OrderedNodes)) List->SetSorted(false);
+  if (FDirected && DirectTopologicalOrder(OrderedNodes)) return;
   if (OrderedNodes.GetCount() > 0) OrderedNodes.Clear();
   if (!FDirected) return;
-  if (DirectTopologicalOrder(OrderedNodes)) return;
   TKZObjectStack Stack;
   ForEachNode(*this, [&](TGGraphNode* Node) {
     Node->SetWorkTag(Node->GetInDegree());
@@ -174,6 +174,8 @@ bool TGCustomGraph::DirectTopologicalOrder(TStrings& OrderedNodes) {
   std::vector<std::int32_t> Tag(A.InDegree);
   const std::vector<std::int32_t> Order = detail::StackOrder(A, Tag, [](std::size_t, std::size_t, std::size_t) {});
   A.SetTags(Tag);
+  // The list is cleared only now: the lines it frees are then at hand for the new ones.
+  if (OrderedNodes.GetCount() > 0) OrderedNodes.Clear();
   detail::AddCaptions(static_cast<TStringList&>(OrderedNodes), A, Order);
   if (Order.size() == N) FAcyclic = true;
   return true;
@@ -290,7 +292,8 @@ bool TGCustomGraph::DirectShortestPath(TGGraphNode* StartNode) {
   auto IsWeighted = [](TGGraphNode* Node) {
     return detail::IsExactly<TWeightedNode>(Node) && !Node->GetOnChange();
   };
-  auto WeightOf = [&](TGGraphEdge* Edge, std::size_t) {
+  auto WeightOf = [&](TGGraphEdge* Edge, std::size_t e) {
+    if (e == 0) EdgeWeight.reserve(A.To.size());
     const auto* W = DynamicAs<TWeightedEdge>(Edge);
     if (W) EdgeWeight.push_back(W->GetWeight());
     return W != nullptr;

@@ -31,7 +31,8 @@ struct TGraphArrays {
   bool EdgeFields = false;  // EdgeOk reads the edge's class and fields: fetch its first 48 bytes
 
   // Fills the arrays; no object is written. False when NodeOk(node) or EdgeOk(edge, index)
-  // refuses, or an edge leads to a node GetNodes does not show.
+  // refuses, or an edge leads to a node GetNodes does not show. EdgeOk is called in edge
+  // order, To already at its full size.
   template <class TNodeOk, class TEdgeOk>
   bool Take(const TGCustomGraph& Graph, bool WithFrom, TNodeOk&& NodeOk, TEdgeOk&& EdgeOk) {
     if (const std::int32_t Count = Graph.GetNodeCount(); Count > 0) Nodes.reserve(static_cast<std::size_t>(Count));
