@@ -120,7 +120,6 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   if (!detail::UnwatchedStringList(Path)) return false;
   detail::TGraphArrays A;
   A.WholeNodes = true;
-  A.KeepEdges = true;
   A.EdgeFields = true;
   std::vector<std::int32_t> Weight;
   auto IsEvent = [](TGGraphNode* Node) { return detail::IsExactly<TAOEEvent>(Node) && !Node->GetOnChange(); };

@@ -22,12 +22,11 @@ namespace kz::detail {
 struct TGraphArrays {
   std::vector<TGGraphNode*> Nodes;  // GetNodes order
   std::vector<std::int32_t> First;  // node i's edges are First[i] .. First[i + 1] - 1
-  std::vector<TGGraphEdge*> Edges;  // each node's edge list in order (only with KeepEdges)
+  std::vector<TGGraphEdge*> Edges;  // each node's edge list in order
   std::vector<std::int32_t> To;     // position of each edge's ToNode in Nodes
   std::vector<std::int32_t> From;   // position of each edge's FromNode (when asked for)
   std::vector<std::int32_t> InDegree;
   bool WholeNodes = false;  // NodeOk reads past a node's first lines: fetch them too
-  bool KeepEdges = false;   // fill Edges
   bool EdgeFields = false;  // EdgeOk reads the edge's class and fields: fetch its first 48 bytes
 
   // Fills the arrays; no object is written. False when NodeOk(node) or EdgeOk(edge, index)
@@ -45,7 +44,7 @@ struct TGraphArrays {
     FMask = Slots - 1;
     First.resize(N + 1);
     InDegree.resize(N);
-    std::vector<TGGraphEdge* const*> Lists(N + 1, nullptr);
+    std::vector<TGGraphEdge* const*> Lists(N, nullptr);
     // Each step is short next to a miss: ask for the objects well ahead.
     constexpr std::size_t Ahead = 16;
     std::size_t Total = 0;
@@ -71,27 +70,22 @@ struct TGraphArrays {
     }
     First[N] = static_cast<std::int32_t>(Total);
     const std::size_t M = Total;
+    Edges.reserve(M);
+    for (std::size_t i = 0; i < N; ++i) {
+      if (i + Ahead < N) __builtin_prefetch(Lists[i + Ahead]);
+      Edges.insert(Edges.end(), Lists[i], Lists[i] + (First[i + 1] - First[i]));
+    }
     To.resize(M);
     if (WithFrom) From.resize(M);
-    if (KeepEdges) Edges.resize(M);
-    // Two cursors run ahead over the edge lists: the far one fetches edges, the near one
-    // reads their ends out of the fetched lines and fetches the ends' table slots.
-    constexpr std::size_t Far = 32, Near = 16;
-    std::size_t FarNode = 0, NearNode = 0;
-    auto EdgeAt = [&](std::size_t& Node, std::size_t e) {
-      while (static_cast<std::size_t>(First[Node + 1]) <= e) {
-        ++Node;
-        if (Node + 8 < N) __builtin_prefetch(Lists[Node + 8]);
-      }
-      return Lists[Node][e - static_cast<std::size_t>(First[Node])];
-    };
+    // The far edges are fetched, the near ones' ends read out of the fetched lines and
+    // their table slots fetched.
+    constexpr std::size_t Far = 48, Near = 24;
     for (std::size_t v = 0; v < N; ++v) {
       TGGraphNode* Owner = Nodes[v];
-      TGGraphEdge* const* List = Lists[v];
-      const auto Begin = static_cast<std::size_t>(First[v]), End = static_cast<std::size_t>(First[v + 1]);
-      for (std::size_t e = Begin; e < End; ++e) {
+      const auto End = static_cast<std::size_t>(First[v + 1]);
+      for (auto e = static_cast<std::size_t>(First[v]); e < End; ++e) {
         if (e + Far < M) {
-          const TGGraphEdge* Next = EdgeAt(FarNode, e + Far);
+          const TGGraphEdge* Next = Edges[e + Far];
           __builtin_prefetch(&Next->FToNode);
           if (EdgeFields) {
             __builtin_prefetch(Next);
@@ -99,12 +93,11 @@ struct TGraphArrays {
           }
         }
         if (e + Near < M) {
-          const TGGraphEdge* Next = EdgeAt(NearNode, e + Near);
+          const TGGraphEdge* Next = Edges[e + Near];
           __builtin_prefetch(&FTable[Home(Next->FToNode)]);
           if (WithFrom) __builtin_prefetch(&FTable[Home(Next->FFromNode)]);
         }
-        TGGraphEdge* E = List[e - Begin];
-        if (KeepEdges) Edges[e] = E;
+        TGGraphEdge* E = Edges[e];
         if (!EdgeOk(E, e)) return false;
         const std::int32_t T = PositionOf(E->FToNode);
         if (T < 0) return false;
