@@ -120,14 +120,16 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   if (!detail::UnwatchedStringList(Path)) return false;
   detail::TGraphArrays A;
   A.WholeNodes = true;
+  A.EdgeFields = true;
   std::vector<std::int32_t> Weight;
-  auto IsEvent = [](TGGraphNode* Node) { return Node->ClassType() == &TAOEEvent::ClassInfo() && !Node->GetOnChange(); };
-  auto IsTask = [&](TGGraphEdge* Edge, std::size_t) {
-    if (Edge->ClassType() != &TAOETask::ClassInfo()) return false;
+  auto IsEvent = [](TGGraphNode* Node) { return detail::IsExactly<TAOEEvent>(Node) && !Node->GetOnChange(); };
+  auto IsTask = [&](TGGraphEdge* Edge, std::size_t e) {
+    if (!detail::IsExactly<TAOETask>(Edge)) return false;
+    if (e == 0) Weight.reserve(A.To.size());
     Weight.push_back(static_cast<TAOETask*>(Edge)->GetWeight());
     return true;
   };
-  if (!A.Take(*this, true, false, IsEvent, IsTask)) return false;
+  if (!A.Take(*this, false, IsEvent, IsTask)) return false;
 
   const std::size_t N = A.Nodes.size();
   // BeginUpdateNodes: the events' brackets open and close below with nothing in between
@@ -160,18 +162,19 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   constexpr std::size_t Ahead = 8;
   for (std::size_t i = 0; i < N; ++i) {
     if (i + Ahead < N) {
-      __builtin_prefetch(A.Nodes[i + Ahead]);
-      __builtin_prefetch(&static_cast<TAOEEvent*>(A.Nodes[i + Ahead])->FEarliestEventTime);
+      detail::TGraphArrays::FetchTag(A.Nodes[i + Ahead]);
+      __builtin_prefetch(&static_cast<TAOEEvent*>(A.Nodes[i + Ahead])->FEarliestEventTime, 1);
     }
     auto* Event = static_cast<TAOEEvent*>(A.Nodes[i]);
     Event->SetWorkTag(Tag[i]);
     Event->FEarliestEventTime = Early[i];
     if (Acyclic) Event->FLatestEventTime = Late[i];
-    Event->BeginUpdate();
-    Event->EndUpdate();
+    // The event's update bracket: closing it tells the graph (no handler listens) unless
+    // the event was updating already.
+    if (Event->GetUpdateCount() <= 0) FNeedAcyclicCheck = true;
   }
   if (!Acyclic) {
-    detail::AddCaptions(List, A.Nodes, Order);
+    detail::AddCaptions(List, A, Order);
     throw EGraphException(SNotAcyclic);
   }
   // Task times, and the critical tasks in network order, in one pass over the tasks.
@@ -208,7 +211,7 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   PathTime = Order.empty() ? MaxGraphWeight
                            : WrapSub(Early[static_cast<std::size_t>(Order.back())],
                                      Early[static_cast<std::size_t>(Order.front())]);
-  if (!Critical) detail::AddCaptions(List, A.Nodes, Order);
+  if (!Critical) detail::AddCaptions(List, A, Order);
   return true;
 }
 

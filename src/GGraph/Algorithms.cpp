@@ -135,9 +135,9 @@ void TGCustomGraph::TopologicalOrder(TStrings& OrderedNodes) {
   FAcyclic = false;
   FNeedAcyclicCheck = false;
   if (auto* List = dynamic_cast<TStringList*>(&OrderedNodes)) List->SetSorted(false);
+  if (FDirected && DirectTopologicalOrder(OrderedNodes)) return;
   if (OrderedNodes.GetCount() > 0) OrderedNodes.Clear();
   if (!FDirected) return;
-  if (DirectTopologicalOrder(OrderedNodes)) return;
   TKZObjectStack Stack;
   ForEachNode(*this, [&](TGGraphNode* Node) {
     Node->SetWorkTag(Node->GetInDegree());
@@ -169,18 +169,15 @@ bool TGCustomGraph::DirectTopologicalOrder(TStrings& OrderedNodes) {
   if (!detail::UnwatchedStringList(OrderedNodes)) return false;
   detail::TGraphArrays A;
   auto Any = [](auto&&...) { return true; };
-  if (!A.Take(*this, typeid(*this) == typeid(TGGraph), false, Any, Any)) return false;
+  if (!A.Take(*this, false, Any, Any)) return false;
   const std::size_t N = A.Nodes.size();
   std::vector<std::int32_t> Tag(A.InDegree);
   const std::vector<std::int32_t> Order = detail::StackOrder(A, Tag, [](std::size_t, std::size_t, std::size_t) {});
-  auto& List = static_cast<TStringList&>(OrderedNodes);
-  if (Order.size() == N) {  // every node is listed: its tag is written as it is
-    detail::AddCaptions(List, A.Nodes, Order, &Tag);
-    FAcyclic = true;
-  } else {
-    for (std::size_t i = 0; i < N; ++i) A.Nodes[i]->SetWorkTag(Tag[i]);
-    detail::AddCaptions(List, A.Nodes, Order);
-  }
+  A.SetTags(Tag);
+  // The list is cleared only now: the lines it frees are then at hand for the new ones.
+  if (OrderedNodes.GetCount() > 0) OrderedNodes.Clear();
+  detail::AddCaptions(static_cast<TStringList&>(OrderedNodes), A, Order);
+  if (Order.size() == N) FAcyclic = true;
   return true;
 }
 
@@ -290,21 +287,20 @@ bool TGCustomGraph::DirectShortestPath(TGGraphNode* StartNode) {
   if (FEnumeratingPaths || (typeid(*this) != typeid(TGGraph) && typeid(*this) != typeid(TGLabelGraph))) return false;
   detail::TGraphArrays A;
   A.WholeNodes = true;
+  A.EdgeFields = true;
   std::vector<TGraphWeight> EdgeWeight;
   auto IsWeighted = [](TGGraphNode* Node) {
-    return Node->ClassType() == &TWeightedNode::ClassInfo() && !Node->GetOnChange();
+    return detail::IsExactly<TWeightedNode>(Node) && !Node->GetOnChange();
   };
-  auto WeightOf = [&](TGGraphEdge* Edge, std::size_t) {
+  auto WeightOf = [&](TGGraphEdge* Edge, std::size_t e) {
+    if (e == 0) EdgeWeight.reserve(A.To.size());
     const auto* W = DynamicAs<TWeightedEdge>(Edge);
     if (W) EdgeWeight.push_back(W->GetWeight());
     return W != nullptr;
   };
-  if (!A.Take(*this, typeid(*this) == typeid(TGGraph), true, IsWeighted, WeightOf)) return false;
+  if (!A.Take(*this, true, IsWeighted, WeightOf)) return false;
   const std::int32_t Start = A.PositionOf(StartNode);
-  if (Start < 0) {
-    A.Restore();
-    return false;
-  }
+  if (Start < 0) return false;
   const std::size_t N = A.Nodes.size();
   const auto S = static_cast<std::size_t>(Start);
   std::vector<TGraphWeight> Dist(N, MaxGraphWeight);

@@ -13,6 +13,10 @@ namespace kz {
 class TReader;
 class TWriter;
 
+namespace detail {
+struct TGraphArrays;
+}  // namespace detail
+
 /// A connection from the node that made it (FromNode, its owner) to ToNode. The family has
 /// a virtual constructor taking both ends (TGGraphEdgeClass). Building an edge lists it at
 /// its ends and counts it in ToNode's InDegree (mirrored at ToNode in an undirected graph);
@@ -46,8 +50,10 @@ class TGGraphEdge : public TPersistent {
 
  private:
   friend class TGGraphNode;
-  TGGraphNode* FFromNode = nullptr;
+  friend struct detail::TGraphArrays;
+  // The ends first: a walk reads them (and a subclass's first field) in one line.
   TGGraphNode* FToNode = nullptr;
+  TGGraphNode* FFromNode = nullptr;
   // Whether the edge sits in FromNode's and ToNode's lists: "is it listed yet" in O(1).
   bool FListedAtFrom = false;
   bool FListedAtTo = false;

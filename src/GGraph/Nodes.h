@@ -13,6 +13,7 @@ namespace kz {
 
 namespace detail {
 struct TShortestRun;
+struct TGraphArrays;
 }  // namespace detail
 
 /// A named vertex with its incident edges. The family has a virtual constructor taking the
@@ -128,13 +129,16 @@ class TGGraphNode : public TPersistent {
   friend class TGGraph;
   friend class TGLabelGraph;
 
-  // What the algorithms touch comes first, to share a cache line with the object's header.
-  TGGraphEdges FEdges;
+  friend struct detail::TGraphArrays;
+  // What a walk reads of a node it reaches over an edge (graph, counters) fills the 16 bytes
+  // at offset 16, which the allocator's 16-byte alignment keeps inside one cache line; the
+  // edge list follows.
+  std::int64_t FOrder = 0;  // a TGGraph's insertion sequence number, for its caption index
   TGCustomGraph* FGraph = nullptr;
   std::int32_t FInDegree = 0;
   std::int32_t FWorkTag = 0;
+  TGGraphEdges FEdges;
   TUpdateCounter<ueIgnore> FUpdateCount;
-  std::int64_t FOrder = 0;  // a TGGraph's insertion sequence number, for its caption index
   String FCaption;
   TNotifyEvent FOnChange;
 };

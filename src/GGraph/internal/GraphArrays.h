@@ -17,103 +17,142 @@ namespace kz::detail {
 // The algorithms' hot loops follow edges from node to node; with the objects spread over the
 // heap every step is a cache miss. Taking the graph into arrays first walks the objects once
 // in list order, where the next ones are known and fetched ahead, and leaves the run itself
-// on contiguous memory.
+// on contiguous memory. An edge's ends are numbered through a table of the listed nodes
+// (a few MiB that stay in cache) rather than by reading each end node again.
 struct TGraphArrays {
   std::vector<TGGraphNode*> Nodes;  // GetNodes order
   std::vector<std::int32_t> First;  // node i's edges are First[i] .. First[i + 1] - 1
   std::vector<TGGraphEdge*> Edges;  // each node's edge list in order
   std::vector<std::int32_t> To;     // position of each edge's ToNode in Nodes
   std::vector<std::int32_t> From;   // position of each edge's FromNode (when asked for)
-  std::vector<std::int32_t> Tags;   // each node's WorkTag as it was before Take
   std::vector<std::int32_t> InDegree;
   bool WholeNodes = false;  // NodeOk reads past a node's first lines: fetch them too
+  bool EdgeFields = false;  // EdgeOk reads the edge's class and fields: fetch its first 48 bytes
 
-  // Numbers every node through its WorkTag (the run must set each one before it returns,
-  // or call Restore). False, with the tags restored, when NodeOk(node) or EdgeOk(edge,
-  // index) refuses, or an edge leads to a node GetNodes does not show. ShowsAll says that
-  // GetNodes shows every node the graph keeps, so that a node of the graph is known to be
-  // numbered without a look into Nodes.
+  // Fills the arrays; no object is written. False when NodeOk(node) or EdgeOk(edge, index)
+  // refuses, or an edge leads to a node GetNodes does not show. EdgeOk is called in edge
+  // order, To already at its full size.
   template <class TNodeOk, class TEdgeOk>
-  bool Take(const TGCustomGraph& Graph, bool ShowsAll, bool WithFrom, TNodeOk&& NodeOk, TEdgeOk&& EdgeOk) {
-    FGraph = &Graph;
-    FShowsAll = ShowsAll;
+  bool Take(const TGCustomGraph& Graph, bool WithFrom, TNodeOk&& NodeOk, TEdgeOk&& EdgeOk) {
+    if (const std::int32_t Count = Graph.GetNodeCount(); Count > 0) Nodes.reserve(static_cast<std::size_t>(Count));
     ForEachNode(Graph, [&](TGGraphNode* Node) { Nodes.push_back(Node); });
     const std::size_t N = Nodes.size();
+    if (N > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) / 4) return false;
+    std::size_t Slots = 16;
+    while (Slots < 2 * N) Slots *= 2;
+    FTable.assign(Slots, TSlot{nullptr, 0});
+    FMask = Slots - 1;
     First.resize(N + 1);
-    Tags.resize(N);
     InDegree.resize(N);
+    std::vector<TGGraphEdge* const*> Lists(N, nullptr);
     // Each step is short next to a miss: ask for the objects well ahead.
     constexpr std::size_t Ahead = 16;
+    std::size_t Total = 0;
     for (std::size_t i = 0; i < N; ++i) {
       if (i + Ahead < N) {
-        const char* Next = reinterpret_cast<const char*>(Nodes[i + Ahead]);
-        __builtin_prefetch(Next);
-        if constexpr (sizeof(TGGraphNode) > 64) __builtin_prefetch(Next + 64);
-        if constexpr (sizeof(TGGraphNode) > 128)
-          if (WholeNodes) __builtin_prefetch(Next + 128);
-      }
-      if (i + Ahead / 2 < N) {
-        const TGGraphEdges& Next = *Nodes[i + Ahead / 2]->GetEdges();
-        if (Next.GetCount() > 0) __builtin_prefetch(&*Next.begin());
+        const TGGraphNode* Next = Nodes[i + Ahead];
+        __builtin_prefetch(&Next->FInDegree);
+        __builtin_prefetch(reinterpret_cast<const char*>(&Next->FEdges) + sizeof(TGGraphEdges) - 1);
+        if (WholeNodes) {
+          __builtin_prefetch(Next);
+          __builtin_prefetch(reinterpret_cast<const char*>(Next) + sizeof(TGGraphNode) - 1);
+        }
       }
       TGGraphNode* Node = Nodes[i];
-      Tags[i] = Node->GetWorkTag();
-      InDegree[i] = Node->GetInDegree();
-      Node->SetWorkTag(static_cast<std::int32_t>(i));
-      First[i] = static_cast<std::int32_t>(Edges.size());
-      if (!NodeOk(Node)) return Refuse(i + 1);
-      const TGGraphEdges& List = *Node->GetEdges();
-      Edges.insert(Edges.end(), List.begin(), List.end());
-      if (Edges.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) return Refuse(i + 1);
+      if (!Insert(Node, static_cast<std::int32_t>(i))) return false;
+      InDegree[i] = Node->FInDegree;
+      First[i] = static_cast<std::int32_t>(Total);
+      if (!NodeOk(Node)) return false;
+      const TGGraphEdges& List = Node->FEdges;
+      if (List.GetCount() > 0) Lists[i] = &*List.begin();
+      Total += static_cast<std::size_t>(List.GetCount());
+      if (Total > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) return false;
     }
-    First[N] = static_cast<std::int32_t>(Edges.size());
-    const std::size_t M = Edges.size();
+    First[N] = static_cast<std::int32_t>(Total);
+    const std::size_t M = Total;
+    Edges.reserve(M);
+    for (std::size_t i = 0; i < N; ++i) {
+      if (i + Ahead < N) __builtin_prefetch(Lists[i + Ahead]);
+      Edges.insert(Edges.end(), Lists[i], Lists[i] + (First[i + 1] - First[i]));
+    }
     To.resize(M);
     if (WithFrom) From.resize(M);
-    for (std::size_t e = 0; e < M; ++e) {
-      if (e + 4 * Ahead < M) __builtin_prefetch(Edges[e + 4 * Ahead]);
-      if (e + 2 * Ahead < M) {
-        const TGGraphEdge* Next = Edges[e + 2 * Ahead];
-        if (TGGraphNode* T = Next->GetToNode()) __builtin_prefetch(T);
-        if (WithFrom)
-          if (TGGraphNode* F = Next->GetFromNode()) __builtin_prefetch(F);
-      }
-      TGGraphEdge* E = Edges[e];
-      if (!EdgeOk(E, e)) return Refuse(N);
-      const std::int32_t T = PositionOf(E->GetToNode());
-      if (T < 0) return Refuse(N);
-      To[e] = T;
-      if (WithFrom) {
-        const std::int32_t F = PositionOf(E->GetFromNode());
-        if (F < 0) return Refuse(N);
-        From[e] = F;
+    // The far edges are fetched, the near ones' ends read out of the fetched lines and
+    // their table slots fetched.
+    constexpr std::size_t Far = 48, Near = 24;
+    for (std::size_t v = 0; v < N; ++v) {
+      TGGraphNode* Owner = Nodes[v];
+      const auto End = static_cast<std::size_t>(First[v + 1]);
+      for (auto e = static_cast<std::size_t>(First[v]); e < End; ++e) {
+        if (e + Far < M) {
+          const TGGraphEdge* Next = Edges[e + Far];
+          __builtin_prefetch(&Next->FToNode);
+          if (EdgeFields) {
+            __builtin_prefetch(Next);
+            __builtin_prefetch(reinterpret_cast<const char*>(Next) + 32);
+          }
+        }
+        if (e + Near < M) {
+          const TGGraphEdge* Next = Edges[e + Near];
+          __builtin_prefetch(&FTable[Home(Next->FToNode)]);
+          if (WithFrom) __builtin_prefetch(&FTable[Home(Next->FFromNode)]);
+        }
+        TGGraphEdge* E = Edges[e];
+        if (!EdgeOk(E, e)) return false;
+        const std::int32_t T = PositionOf(E->FToNode);
+        if (T < 0) return false;
+        To[e] = T;
+        if (WithFrom) {
+          const std::int32_t F = E->FFromNode == Owner ? static_cast<std::int32_t>(v) : PositionOf(E->FFromNode);
+          if (F < 0) return false;
+          From[e] = F;
+        }
       }
     }
     return true;
   }
 
-  // Puts back the WorkTags Take found.
-  void Restore() { Restore(Nodes.size()); }
-
   // The node's position, or -1 for a node that is not in Nodes (or none).
   std::int32_t PositionOf(const TGGraphNode* Node) const {
-    if (!Node || Node->GetGraph() != FGraph) return -1;
-    const std::int32_t P = Node->GetWorkTag();
-    if (P < 0 || static_cast<std::size_t>(P) >= Nodes.size()) return -1;
-    if (!FShowsAll && Nodes[static_cast<std::size_t>(P)] != Node) return -1;
-    return P;
+    if (!Node) return -1;
+    for (std::size_t i = Home(Node);; i = (i + 1) & FMask) {
+      if (FTable[i].Node == Node) return FTable[i].Position;
+      if (!FTable[i].Node) return -1;
+    }
   }
+
+  // Writes each listed node's WorkTag from Tag, fetching ahead.
+  void SetTags(const std::vector<std::int32_t>& Tag) const {
+    constexpr std::size_t Ahead = 16;
+    const std::size_t N = Nodes.size();
+    for (std::size_t i = 0; i < N; ++i) {
+      if (i + Ahead < N) __builtin_prefetch(&Nodes[i + Ahead]->FWorkTag, 1);
+      Nodes[i]->FWorkTag = Tag[i];
+    }
+  }
+
+  // Fetches the node's WorkTag for writing, or its caption's string object.
+  static void FetchTag(const TGGraphNode* Node) { __builtin_prefetch(&Node->FWorkTag, 1); }
+  static void FetchCaption(const TGGraphNode* Node) { __builtin_prefetch(&Node->FCaption); }
 
  private:
-  const TGCustomGraph* FGraph = nullptr;
-  bool FShowsAll = false;
+  struct TSlot {
+    const TGGraphNode* Node;
+    std::int32_t Position;
+  };
+  std::vector<TSlot> FTable;  // open addressing, linear probing; a free slot has no node
+  std::size_t FMask = 0;
 
-  void Restore(std::size_t Count) {
-    for (std::size_t i = 0; i < Count; ++i) Nodes[i]->SetWorkTag(Tags[i]);
+  std::size_t Home(const TGGraphNode* Node) const {
+    return static_cast<std::size_t>((reinterpret_cast<std::uintptr_t>(Node) >> 4) * 0x9E3779B97F4A7C15ull >> 32) &
+           FMask;
   }
-  bool Refuse(std::size_t Numbered) {
-    Restore(Numbered);
-    return false;
+  bool Insert(const TGGraphNode* Node, std::int32_t Position) {
+    std::size_t i = Home(Node);
+    for (; FTable[i].Node; i = (i + 1) & FMask)
+      if (FTable[i].Node == Node) return false;  // listed twice
+    FTable[i] = TSlot{Node, Position};
+    return true;
   }
 };
 
@@ -122,24 +161,29 @@ struct TGraphArrays {
 // OnEdge(node, edge, target), and a target whose tag is now 0 becomes ready. Answers the nodes
 // in the order taken, at most all of them.
 template <class TOnEdge>
-std::vector<std::int32_t> StackOrder(const TGraphArrays& A, std::vector<std::int32_t>& Tag, TOnEdge&& OnEdge) {
+std::vector<std::int32_t> StackOrder(const TGraphArrays& A, std::vector<std::int32_t>& Tags, TOnEdge&& OnEdge) {
   const std::size_t N = A.Nodes.size();
-  std::vector<std::int32_t> Stack, Order;
-  Order.reserve(N);
+  std::vector<std::int32_t> Stack, Order(N);
+  Stack.reserve(N);
+  std::int32_t* Tag = Tags.data();
+  const std::int32_t* First = A.First.data();
+  const std::int32_t* To = A.To.data();
   for (std::size_t i = 0; i < N; ++i)
     if (Tag[i] == 0) Stack.push_back(static_cast<std::int32_t>(i));
-  while (Order.size() < N && !Stack.empty()) {
+  std::size_t Count = 0;
+  while (Count < N && !Stack.empty()) {
     const auto V = static_cast<std::size_t>(Stack.back());
     Stack.pop_back();
-    Order.push_back(static_cast<std::int32_t>(V));
-    const auto End = static_cast<std::size_t>(A.First[V + 1]);
-    for (auto e = static_cast<std::size_t>(A.First[V]); e < End; ++e) {
-      const auto W = static_cast<std::size_t>(A.To[e]);
+    Order[Count++] = static_cast<std::int32_t>(V);
+    const auto End = static_cast<std::size_t>(First[V + 1]);
+    for (auto e = static_cast<std::size_t>(First[V]); e < End; ++e) {
+      const auto W = static_cast<std::size_t>(To[e]);
       Tag[W] = WrapSub(Tag[W], 1);
       OnEdge(V, e, W);
       if (Tag[W] == 0) Stack.push_back(static_cast<std::int32_t>(W));
     }
   }
+  Order.resize(Count);
   return Order;
 }
 
@@ -151,24 +195,21 @@ inline bool UnwatchedStringList(const TStrings& List) {
   return !L.GetOnChange() && !L.GetOnChanging();
 }
 
-// Adds (caption, node) lines for Nodes[Order[k]] to a plain string list, fetching the nodes
-// and captions ahead; with Tags, also sets each listed node's WorkTag from it (saving a pass
-// over the nodes). The list grows once, to the capacity its own steps would have reached.
-inline void AddCaptions(TStringList& List, const std::vector<TGGraphNode*>& Nodes,
-                        const std::vector<std::int32_t>& Order, const std::vector<std::int32_t>* Tags = nullptr) {
+// Adds (caption, node) lines for A.Nodes[Order[k]] to a plain string list, fetching the nodes
+// and captions ahead. The list grows once, to the capacity its own steps would have reached.
+inline void AddCaptions(TStringList& List, const TGraphArrays& A, const std::vector<std::int32_t>& Order) {
   constexpr std::size_t Ahead = 16;
   const std::size_t N = Order.size();
   const std::int64_t Needed = static_cast<std::int64_t>(List.GetCount()) + static_cast<std::int64_t>(N);
   std::int64_t Capacity = List.GetCapacity();
   while (Capacity < Needed && Capacity <= MaxListSize) Capacity += ListGrowDelta(static_cast<std::int32_t>(Capacity));
   if (Capacity > List.GetCapacity() && Capacity <= MaxListSize) List.SetCapacity(static_cast<std::int32_t>(Capacity));
+  const std::vector<TGGraphNode*>& Nodes = A.Nodes;
   for (std::size_t k = 0; k < N; ++k) {
     if (k + 4 * Ahead < N) __builtin_prefetch(&Nodes[static_cast<std::size_t>(Order[k + 4 * Ahead])]);
-    if (k + 2 * Ahead < N) __builtin_prefetch(Nodes[static_cast<std::size_t>(Order[k + 2 * Ahead])]);
+    if (k + 2 * Ahead < N) TGraphArrays::FetchCaption(Nodes[static_cast<std::size_t>(Order[k + 2 * Ahead])]);
     if (k + Ahead < N) __builtin_prefetch(Nodes[static_cast<std::size_t>(Order[k + Ahead])]->GetCaption().data());
-    const auto V = static_cast<std::size_t>(Order[k]);
-    TGGraphNode* Node = Nodes[V];
-    if (Tags) Node->SetWorkTag((*Tags)[V]);
+    TGGraphNode* Node = Nodes[static_cast<std::size_t>(Order[k])];
     List.AddObject(Node->GetCaption(), Node);
   }
 }
