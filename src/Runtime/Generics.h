@@ -149,6 +149,12 @@ constexpr std::uint32_t Mix32(std::uint32_t H) {
   H ^= H >> 16;
   return H;
 }
+// One 64-bit multiply folded in half, for 32-bit integers: the high half carries every input
+// bit down into the low bits a power-of-two table keeps, at a third of Mix32's work.
+constexpr std::uint32_t Fold32(std::uint32_t K) {
+  const std::uint64_t P = std::uint64_t{K} * 0x9E3779B97F4A7C15ull;
+  return static_cast<std::uint32_t>(P ^ (P >> 32));
+}
 constexpr std::uint32_t Mix64(std::uint64_t K) {
   K ^= K >> 33;
   K *= 0xFF51AFD7ED558CCDull;
@@ -194,7 +200,7 @@ std::int32_t DefaultHashCode(const T& Value) {
     return DefaultHashCode(static_cast<std::underlying_type_t<T>>(Value));
   } else if constexpr (std::is_integral_v<T>) {
     if constexpr (sizeof(T) <= 4)
-      return static_cast<std::int32_t>(Mix32(static_cast<std::uint32_t>(Value)));
+      return static_cast<std::int32_t>(Fold32(static_cast<std::uint32_t>(Value)));
     else
       return static_cast<std::int32_t>(Mix64(static_cast<std::uint64_t>(Value)));
   } else if constexpr (std::is_floating_point_v<T>) {
