@@ -11,6 +11,7 @@
 #include <initializer_list>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 #include <vector>
 #if defined(__SSE2__)
@@ -50,7 +51,9 @@ struct TBucketTags {
   using TBits = std::uint32_t;
   static TGroup Load(const std::uint8_t* Tags) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(Tags)); }
   static TBits Matching(TGroup Group, std::uint8_t Tag) {
-    return static_cast<TBits>(_mm_movemask_epi8(_mm_cmpeq_epi8(Group, _mm_set1_epi8(static_cast<char>(Tag)))));
+    // A multiply spreads the byte, a shuffle the word: fewer steps than broadcasting a byte.
+    const auto Spread = static_cast<std::int32_t>(Tag * 0x01010101u);
+    return static_cast<TBits>(_mm_movemask_epi8(_mm_cmpeq_epi8(Group, _mm_set1_epi32(Spread))));
   }
   static TBits Free(TGroup Group) {
     return static_cast<TBits>(_mm_movemask_epi8(_mm_cmpeq_epi8(Group, _mm_set1_epi8(static_cast<char>(FreeTag)))));
@@ -479,10 +482,13 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   }
   template <bool Inline>
   bool KeyEquals(const K& Stored, const K& Key) const {
-    if constexpr (Inline)
-      return Stored == Key;
-    else
+    if constexpr (!Inline)
       return FComparer->Equals(Stored, Key);
+    else if constexpr (std::is_same_v<K, String>)
+      // Equal code units are equal bytes; the library's block compare beats a unit loop.
+      return Stored.size() == Key.size() && std::memcmp(Stored.data(), Key.data(), Key.size() * sizeof(Char)) == 0;
+    else
+      return Stored == Key;
   }
   // The bucket search, one copy per comparer kind so that the default one makes no call and
   // keeps its state in registers. Most searches end in the home group; the rest go on in

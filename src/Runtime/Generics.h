@@ -172,7 +172,12 @@ inline std::int32_t HashCodeUnits(const Char* Data, std::size_t Length) {
   std::uint32_t H = 0x9747B28Cu;
   std::size_t i = 0;
   for (; i + 1 < Length; i += 2) {
-    H ^= Scramble(static_cast<std::uint32_t>(Data[i]) | static_cast<std::uint32_t>(Data[i + 1]) << 16);
+    std::uint32_t Pair;
+    if constexpr (std::endian::native == std::endian::little)
+      std::memcpy(&Pair, Data + i, sizeof Pair);  // the same value, one load
+    else
+      Pair = static_cast<std::uint32_t>(Data[i]) | static_cast<std::uint32_t>(Data[i + 1]) << 16;
+    H ^= Scramble(Pair);
     H = std::rotl(H, 13) * 5 + 0xE6546B64u;
   }
   if (i < Length) H ^= Scramble(Data[i]);
