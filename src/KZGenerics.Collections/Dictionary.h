@@ -383,6 +383,10 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   /// Removes Key by shifting later entries of its probe run back into the gap; V{} when
   /// absent (and nothing told).
   virtual V DoRemove(const K& Key, std::int32_t HashCode, TKZNotifyAction Action) {
+#if defined(__GNUC__)
+    // A removal mostly finds its key, near its home bucket: fetch that while the tags come.
+    __builtin_prefetch(FItems.data() + (static_cast<std::uint32_t>(HashCode) & FMask));
+#endif
     const std::int32_t Index = GetBucketIndex(Key, HashCode);
     if (Index < 0) return V{};
     const std::uint32_t Mask = FMask;
