@@ -11,6 +11,7 @@
 #include <initializer_list>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 #include <vector>
 #if defined(__SSE2__)
@@ -50,12 +51,16 @@ struct TBucketTags {
   using TBits = std::uint32_t;
   static TGroup Load(const std::uint8_t* Tags) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(Tags)); }
   static TBits Matching(TGroup Group, std::uint8_t Tag) {
-    return static_cast<TBits>(_mm_movemask_epi8(_mm_cmpeq_epi8(Group, _mm_set1_epi8(static_cast<char>(Tag)))));
+    // A multiply spreads the byte, a shuffle the word: fewer steps than broadcasting a byte.
+    const auto Spread = static_cast<std::int32_t>(Tag * 0x01010101u);
+    return static_cast<TBits>(_mm_movemask_epi8(_mm_cmpeq_epi8(Group, _mm_set1_epi32(Spread))));
   }
   static TBits Free(TGroup Group) {
     return static_cast<TBits>(_mm_movemask_epi8(_mm_cmpeq_epi8(Group, _mm_set1_epi8(static_cast<char>(FreeTag)))));
   }
   static std::uint32_t Position(TBits Bits) { return static_cast<std::uint32_t>(std::countr_zero(Bits)); }
+  // The bits of the first N buckets of a group (N <= GroupWidth).
+  static TBits First(std::uint32_t N) { return (TBits{1} << N) - 1u; }
 #else
   static constexpr std::uint32_t GroupWidth = 8;
   using TGroup = std::uint64_t;
@@ -79,7 +84,14 @@ struct TBucketTags {
   // The high bit of each free byte: high bit set, the next one clear.
   static TBits Free(TGroup Group) { return Group & ~(Group << 1) & High; }
   static std::uint32_t Position(TBits Bits) { return static_cast<std::uint32_t>(std::countr_zero(Bits)) >> 3; }
+  static TBits First(std::uint32_t N) { return N >= GroupWidth ? ~TBits{0} : (TBits{1} << (8 * N)) - 1u; }
 #endif
+  // The group a table without buckets reads: nothing matches and nothing is free.
+  static constexpr std::uint8_t NoBuckets[GroupWidth] = {EndTag, EndTag, EndTag, EndTag, EndTag, EndTag, EndTag, EndTag
+#if defined(__SSE2__)
+    , EndTag, EndTag, EndTag, EndTag, EndTag, EndTag, EndTag, EndTag
+#endif
+  };
 };
 
 }  // namespace detail
@@ -230,7 +242,9 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     std::vector<TItem> Old;
     Old.swap(FItems);
     std::vector<std::uint8_t>().swap(FTags);
-    FMask = UINT32_MAX;
+    FTagData = detail::TBucketTags::NoBuckets;
+    FMask = 0;
+    FFetchEarly = false;
     ++FLayoutVersion;
     FCount = 0;
     FGrowThreshold = 0;
@@ -256,7 +270,7 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   }
   /// Replaces the value of a present key; a missing key raises EListError.
   void SetItem(const K& Key, V Value) {
-    const std::int32_t Index = GetBucketIndex(Key, Hash(Key));
+    const std::int32_t Index = Locate(Key);
     if (Index < 0) throw EListError(Runtime::SGenericItemNotFound);
     DoSetValue(Index, std::move(Value));
   }
@@ -274,7 +288,7 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
 
   // --- Queries ---
   [[nodiscard]] bool TryGetValue(const K& Key, V& Value) const {
-    const std::int32_t Index = GetBucketIndex(Key, Hash(Key));
+    const std::int32_t Index = Locate(Key);
     if (Index < 0) {
       Value = V{};
       return false;
@@ -284,10 +298,10 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   }
   /// The value of Key, or null when absent: no copy, no error.
   [[nodiscard]] const V* Find(const K& Key) const {
-    const std::int32_t Index = GetBucketIndex(Key, Hash(Key));
+    const std::int32_t Index = Locate(Key);
     return Index < 0 ? nullptr : &FItems[static_cast<std::size_t>(Index)].Value;
   }
-  [[nodiscard]] bool ContainsKey(const K& Key) const { return GetBucketIndex(Key, Hash(Key)) >= 0; }
+  [[nodiscard]] bool ContainsKey(const K& Key) const { return Locate(Key) >= 0; }
   /// Scans every bucket with the default equality of V. O(buckets).
   [[nodiscard]] bool ContainsValue(const V& Value) const {
     for (const TItem& Item : FItems)
@@ -296,7 +310,7 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   }
   /// The value of a present key; a missing key raises EListError.
   [[nodiscard]] const V& GetItem(const K& Key) const {
-    const std::int32_t Index = GetBucketIndex(Key, Hash(Key));
+    const std::int32_t Index = Locate(Key);
     if (Index < 0) throw EListError(Runtime::SGenericItemNotFound);
     return FItems[static_cast<std::size_t>(Index)].Value;
   }
@@ -331,48 +345,22 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
 
   /// The stored hash of Key: never negative, so never the free marker.
   std::int32_t Hash(const K& Key) const {
-    const std::uint32_t H =
-        static_cast<std::uint32_t>(FDefaultComparer ? Generics::detail::DefaultHashCode(Key) : FComparer->GetHashCode(Key));
-    return static_cast<std::int32_t>(((H & 0x7FFFFFFFu) + 1u) & 0x7FFFFFFFu);
+    return StoredHash(FDefaultComparer ? Generics::detail::DefaultHashCode(Key) : FComparer->GetHashCode(Key));
   }
   /// The bucket holding Key, or the complement of the free bucket where it would go; the
   /// smallest int32 when there are no buckets, or when SetCapacity(Count) has filled every
   /// bucket and Key is absent (adds grow before they search, so they always find room).
   std::int32_t GetBucketIndex(const K& Key, std::int32_t HashCode) const {
-    const std::uint32_t Mask = FMask;
-    const TItem* Items = FItems.data();
-    std::uint32_t I = static_cast<std::uint32_t>(HashCode) & Mask;
-    // One test for both rare cases: no buckets (the mask wraps to zero) or every bucket live.
-    if (static_cast<std::uint32_t>(FCount) >= Mask + 1u) [[unlikely]] {
-      if (FItems.empty()) return INT32_MIN;
-      // No free bucket ends the run: visit each bucket once.
-      for (std::uint32_t Left = Mask + 1u; Left > 0; --Left, I = (I + 1u) & Mask)
-        if (Items[I].HashCode == HashCode && KeyEquals(Items[I].Key, Key)) return static_cast<std::int32_t>(I);
-      return INT32_MIN;
-    }
-    using Tags = detail::TBucketTags;
-    // A present key mostly sits in its home bucket: fetch it while the tags are read.
-#if defined(__GNUC__)
-    __builtin_prefetch(Items + I);
-#endif
-    const std::uint8_t* GroupTags = FTags.data();
-    const std::uint8_t Tag = Tags::Of(HashCode);
-    for (;;) {
-      const Tags::TGroup Group = Tags::Load(GroupTags + I);
-      const Tags::TBits Free = Tags::Free(Group);
-      // The run ends at the first free bucket: later matches belong to other runs.
-      for (Tags::TBits Match = Tags::Matching(Group, Tag) & (Free ^ (Free - 1)); Match != 0; Match &= Match - 1) {
-        const std::uint32_t J = I + Tags::Position(Match);
-        if (Items[J].HashCode == HashCode && KeyEquals(Items[J].Key, Key)) [[likely]]
-          return static_cast<std::int32_t>(J);
-      }
-      if (Free != 0) [[likely]]
-        return ~static_cast<std::int32_t>(I + Tags::Position(Free));
-      I = I + Tags::GroupWidth > Mask ? 0u : I + Tags::GroupWidth;
-    }
+    return FDefaultComparer ? Search<true>(Key, HashCode) : Search<false>(Key, HashCode);
   }
 
  protected:
+  /// GetBucketIndex(Key, Hash(Key)), choosing the comparer once.
+  std::int32_t Locate(const K& Key) const {
+    if (FDefaultComparer) [[likely]]
+      return Search<true>(Key, StoredHash(Generics::detail::DefaultHashCode(Key)));
+    return Search<false>(Key, StoredHash(FComparer->GetHashCode(Key)));
+  }
   std::unique_ptr<TKZEnumerator<TPairType>> DoGetEnumerator() const override { return GetEnumerator(); }
 
   /// Fills free bucket Index, counts it, then tells key and value as added.
@@ -395,23 +383,29 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   /// Removes Key by shifting later entries of its probe run back into the gap; V{} when
   /// absent (and nothing told).
   virtual V DoRemove(const K& Key, std::int32_t HashCode, TKZNotifyAction Action) {
-    std::int32_t Gap = GetBucketIndex(Key, HashCode);
-    if (Gap < 0) return V{};
+#if defined(__GNUC__)
+    // A removal mostly finds its key, near its home bucket: fetch that while the tags come.
+    __builtin_prefetch(FItems.data() + (static_cast<std::uint32_t>(HashCode) & FMask));
+#endif
+    const std::int32_t Index = GetBucketIndex(Key, HashCode);
+    if (Index < 0) return V{};
     const std::uint32_t Mask = FMask;
     TItem* Items = FItems.data();
     std::uint8_t* BucketTags = FTags.data();
     constexpr std::uint8_t Free = detail::TBucketTags::FreeTag;
+    auto Gap = static_cast<std::uint32_t>(Index);
     K OldKey = std::move(Items[Gap].Key);
     V Result = std::move(Items[Gap].Value);
-    Items[Gap].HashCode = -1;
     BucketTags[Gap] = Free;
-    for (std::uint32_t I = (static_cast<std::uint32_t>(Gap) + 1u) & Mask; BucketTags[I] != Free; I = (I + 1u) & Mask) {
-      const auto Home = static_cast<std::int32_t>(static_cast<std::uint32_t>(Items[I].HashCode) & Mask);
-      if (!InCircularRange(Gap, Home, static_cast<std::int32_t>(I))) {
+    // The gap's tag stays free, so the walk ends even in a table that had no other free bucket.
+    for (std::uint32_t I = (Gap + 1u) & Mask; BucketTags[I] != Free; I = (I + 1u) & Mask) {
+      // InCircularRange(Gap, home, I) as distances back from I: the entry stays when its home
+      // lies nearer to I than the gap does.
+      const std::uint32_t FromHome = (I - static_cast<std::uint32_t>(Items[I].HashCode)) & Mask;
+      if (FromHome >= ((I - Gap) & Mask)) {
         Items[Gap] = std::move(Items[I]);
         BucketTags[Gap] = BucketTags[I];
-        Gap = static_cast<std::int32_t>(I);
-        Items[Gap].HashCode = -1;
+        Gap = I;
         BucketTags[Gap] = Free;
       }
     }
@@ -454,7 +448,9 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     }
     NewItems.swap(FItems);
     NewTags.swap(FTags);
-    FMask = static_cast<std::uint32_t>(NewLength) - 1u;
+    FTagData = NewLength == 0 ? detail::TBucketTags::NoBuckets : FTags.data();
+    FMask = NewLength == 0 ? 0u : static_cast<std::uint32_t>(NewLength) - 1u;
+    FFetchEarly = static_cast<std::size_t>(NewLength) * sizeof(TItem) > FetchEarlyBytes;
     ++FLayoutVersion;
     FGrowThreshold = (NewLength >> 1) + (NewLength >> 2);
     for (TItem& Item : NewItems)
@@ -482,13 +478,80 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     FDefaultComparer = !Comparer || Comparer.get() == Default.get();
     FComparer = FDefaultComparer ? Default : std::move(Comparer);
   }
+  // Bucket arrays above this size are mostly outside the caches (measured: below it the early
+  // fetch costs a missing key more than it saves a present one).
+  static constexpr std::size_t FetchEarlyBytes = std::size_t{8} << 20;
+  static std::int32_t StoredHash(std::int32_t HashCode) {
+    return static_cast<std::int32_t>(((static_cast<std::uint32_t>(HashCode) & 0x7FFFFFFFu) + 1u) & 0x7FFFFFFFu);
+  }
+  template <bool Inline>
   bool KeyEquals(const K& Stored, const K& Key) const {
-    return FDefaultComparer ? Stored == Key : FComparer->Equals(Stored, Key);
+    if constexpr (!Inline)
+      return FComparer->Equals(Stored, Key);
+    else if constexpr (std::is_same_v<K, String>)
+      // Equal code units are equal bytes; the library's block compare beats a unit loop.
+      return Stored.size() == Key.size() && std::memcmp(Stored.data(), Key.data(), Key.size() * sizeof(Char)) == 0;
+    else
+      return Stored == Key;
+  }
+  // The bucket search, one copy per comparer kind so that the default one makes no call and
+  // keeps its state in registers. Most searches end in the home group; the rest go on in
+  // SearchOn, which also answers for a table without buckets or without a free one.
+  template <bool Inline>
+  std::int32_t Search(const K& Key, std::int32_t HashCode) const {
+    using Tags = detail::TBucketTags;
+    const TItem* Items = FItems.data();
+    const std::uint32_t Home = static_cast<std::uint32_t>(HashCode) & FMask;
+#if defined(__GNUC__)
+    // Far beyond the caches, reading the tags and then the bucket would wait twice for memory:
+    // fetch the home bucket, where a present key mostly sits, while the tags come.
+    if (FFetchEarly) __builtin_prefetch(Items + Home);
+#endif
+    const Tags::TGroup Group = Tags::Load(FTagData + Home);
+    const Tags::TBits Free = Tags::Free(Group);
+    // The run ends at the first free bucket: later matches belong to other runs.
+    for (Tags::TBits Match = Tags::Matching(Group, Tags::Of(HashCode)) & (Free ^ (Free - 1)); Match != 0;
+         Match &= Match - 1) {
+      const std::uint32_t J = Home + Tags::Position(Match);
+      if (Items[J].HashCode == HashCode && KeyEquals<Inline>(Items[J].Key, Key)) [[likely]]
+        return static_cast<std::int32_t>(J);
+    }
+    if (Free != 0) [[likely]]
+      return ~static_cast<std::int32_t>(Home + Tags::Position(Free));
+    return SearchOn<Inline>(Key, HashCode, Home);
+  }
+  // Past the home group, group by group, until a free bucket or back at Home having visited
+  // every bucket once (a table SetCapacity(Count) filled).
+  template <bool Inline>
+  [[gnu::noinline]] std::int32_t SearchOn(const K& Key, std::int32_t HashCode, std::uint32_t Home) const {
+    using Tags = detail::TBucketTags;
+    if (FItems.empty()) return INT32_MIN;
+    const TItem* Items = FItems.data();
+    const std::uint32_t Mask = FMask;
+    std::uint32_t Left = Mask + 1u - std::min(Tags::GroupWidth, Mask + 1u - Home);
+    std::uint32_t I = Home + Tags::GroupWidth > Mask ? 0u : Home + Tags::GroupWidth;
+    const std::uint8_t Tag = Tags::Of(HashCode);
+    while (Left > 0) {
+      const std::uint32_t Span = std::min({Tags::GroupWidth, Mask + 1u - I, Left});
+      const Tags::TGroup Group = Tags::Load(FTagData + I);
+      const Tags::TBits Free = Tags::Free(Group) & Tags::First(Span);
+      for (Tags::TBits Match = Tags::Matching(Group, Tag) & Tags::First(Span) & (Free ^ (Free - 1)); Match != 0;
+           Match &= Match - 1) {
+        const std::uint32_t J = I + Tags::Position(Match);
+        if (Items[J].HashCode == HashCode && KeyEquals<Inline>(Items[J].Key, Key)) return static_cast<std::int32_t>(J);
+      }
+      if (Free != 0) return ~static_cast<std::int32_t>(I + Tags::Position(Free));
+      Left -= Span;
+      I = I + Tags::GroupWidth > Mask ? 0u : I + Tags::GroupWidth;
+    }
+    return INT32_MIN;
   }
 
   std::vector<TItem> FItems;
   std::vector<std::uint8_t> FTags;  // a TBucketTags byte per bucket, then the end bytes
-  std::uint32_t FMask = UINT32_MAX;  // bucket count - 1, wrapped when there are none
+  const std::uint8_t* FTagData = detail::TBucketTags::NoBuckets;  // FTags, or a group for no buckets
+  std::uint32_t FMask = 0;  // bucket count - 1, or 0 when there are none
+  bool FFetchEarly = false;  // the buckets take more than FetchEarlyBytes
   std::int32_t FCount = 0;
   std::int32_t FGrowThreshold = 0;
   std::uint32_t FLayoutVersion = 0;

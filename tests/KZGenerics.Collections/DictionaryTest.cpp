@@ -233,4 +233,17 @@ TEST(KZDictionary, FullTableAfterSetCapacityOfCount) {
   D.Add(99, 1);  // grows first
   EXPECT_EQ(D.GetBucketCount(), 8);
   EXPECT_EQ(D.Remove(2), 2);
+
+  // Wider than one tag group, every key on one stored hash: a missing key compares each
+  // bucket exactly once, wherever the search starts.
+  int Compares = 0;
+  TKZDictionary<int, int> Wide(TEqualityComparer<int>::Construct(
+      [&Compares](const int& A, const int& B) { return ++Compares, A == B; }, [](const int&) { return 21; }));
+  for (int K = 0; K < 64; ++K) Wide.Add(K, K);
+  Wide.SetCapacity(64);
+  ASSERT_EQ(Wide.GetBucketCount(), 64);
+  Compares = 0;
+  EXPECT_FALSE(Wide.ContainsKey(99));
+  EXPECT_EQ(Compares, 64);
+  for (int K = 0; K < 64; ++K) EXPECT_EQ(Wide.GetItem(K), K);
 }
