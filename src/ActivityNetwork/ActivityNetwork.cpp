@@ -1,6 +1,5 @@
 #include "ActivityNetwork/ActivityNetwork.h"
 
-#include <typeinfo>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -15,13 +14,12 @@ using namespace Runtime;
 using namespace GGraph;
 using namespace ActivityNetwork;
 using detail::DynamicAs;
-using detail::FastAs;
 using detail::ForEachNode;
 using detail::ToNodeOf;
 
 namespace {
 
-TAOEEvent* TargetOf(const TGGraphEdge* Task) { return FastAs<TAOEEvent>(ToNodeOf(Task)); }
+TAOEEvent* TargetOf(const TGGraphEdge* Task) { return As<TAOEEvent>(ToNodeOf(Task)); }
 
 // Keeps the lines of List for which Keep(index) holds, in order, in one pass.
 template <class TKeep>
@@ -116,15 +114,15 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   // step is this unit's own, every node an event and every edge a task, and no handler can
   // look on (none on the graph's node changes, the events or Path), the same values are
   // computed over arrays and only the results are written to the objects.
-  if (typeid(*this) != typeid(TActivityNetwork) || !FDirected || GetOnNodeChange()) return false;
+  if (!IsExactly<TActivityNetwork>(this) || !FDirected || GetOnNodeChange()) return false;
   if (!detail::UnwatchedStringList(Path)) return false;
   detail::TGraphArrays A;
   A.WholeNodes = true;
   A.EdgeFields = true;
   std::vector<std::int32_t> Weight;
-  auto IsEvent = [](TGGraphNode* Node) { return detail::IsExactly<TAOEEvent>(Node) && !Node->GetOnChange(); };
+  auto IsEvent = [](TGGraphNode* Node) { return IsExactly<TAOEEvent>(Node) && !Node->GetOnChange(); };
   auto IsTask = [&](TGGraphEdge* Edge, std::size_t e) {
-    if (!detail::IsExactly<TAOETask>(Edge)) return false;
+    if (!IsExactly<TAOETask>(Edge)) return false;
     if (e == 0) Weight.reserve(A.To.size());
     Weight.push_back(static_cast<TAOETask*>(Edge)->GetWeight());
     return true;
@@ -220,7 +218,7 @@ TStrings& TActivityNetwork::GetEarliestCompletionTime(TAOEEvent* StartEvent, TAO
   if (DirectSchedule(StartEvent, FinishEvent, Path, PathTime, false)) return Path;
   BeginUpdateNodes();
   try {
-    ForEachNode(*this, [](TGGraphNode* Node) { FastAs<TAOEEvent>(Node)->SetEarliestEventTime(0); });
+    ForEachNode(*this, [](TGGraphNode* Node) { As<TAOEEvent>(Node)->SetEarliestEventTime(0); });
     TopologicalOrder(Path);
     if (!IsAcyclic()) throw EGraphException(SNotAcyclic);
     // Backward pass: the last event closes the project; an event with no task keeps the
@@ -228,10 +226,10 @@ TStrings& TActivityNetwork::GetEarliestCompletionTime(TAOEEvent* StartEvent, TAO
     // later in the order), so they are set in the same pass.
     const std::int32_t Last = Path.GetCount() - 1;
     for (std::int32_t i = Last; i >= 0; --i) {
-      TAOEEvent* Event = FastAs<TAOEEvent>(Path.GetObject(i));
+      TAOEEvent* Event = As<TAOEEvent>(Path.GetObject(i));
       std::int32_t Latest = i == Last ? Event->GetEarliestEventTime() : MaxGraphWeight;
       for (std::int32_t k = 0; k < Event->GetEdgeCount(); ++k) {
-        TAOETask* Task = FastAs<TAOETask>(Event->GetEdge(k));
+        TAOETask* Task = As<TAOETask>(Event->GetEdge(k));
         const std::int32_t T = WrapSub(TargetOf(Task)->GetLatestEventTime(), Task->GetWeight());
         Task->SetEarliestStartTime(Event->GetEarliestEventTime());
         Task->SetLatestStartTime(T);
@@ -258,8 +256,8 @@ TStrings& TActivityNetwork::GetEarliestCompletionTime(TAOEEvent* StartEvent, TAO
     KeepLines(Path, [&](std::int32_t i) { return i <= Finish || !Reached.count(As<TGGraphNode>(Path.GetObject(i))); });
   }
   PathTime = Path.GetCount() == 0 ? MaxGraphWeight
-                                  : WrapSub(FastAs<TAOEEvent>(Path.GetObject(Path.GetCount() - 1))->GetEarliestEventTime(),
-                                            FastAs<TAOEEvent>(Path.GetObject(0))->GetEarliestEventTime());
+                                  : WrapSub(As<TAOEEvent>(Path.GetObject(Path.GetCount() - 1))->GetEarliestEventTime(),
+                                            As<TAOEEvent>(Path.GetObject(0))->GetEarliestEventTime());
   return Path;
 }
 
@@ -277,7 +275,7 @@ TStrings& TActivityNetwork::GetCriticalActivities(TAOEEvent* StartEvent, TAOEEve
   Path.Clear();
   ForEachNode(*this, [&](TGGraphNode* Node) {
     for (std::int32_t k = 0; k < Node->GetEdgeCount(); ++k) {
-      TAOETask* Task = FastAs<TAOETask>(Node->GetEdge(k));
+      TAOETask* Task = As<TAOETask>(Node->GetEdge(k));
       if (Task->GetCriticality() == 0) Path.AddObject(Task->GetName(), Task);
     }
   });
@@ -313,7 +311,7 @@ TActivityNetwork& TActivityNetwork::GetCriticalGraph(TAOEEvent* StartEvent, TAOE
     };
     ForEachNode(*this, [&](TGGraphNode* Node) {
       for (std::int32_t k = 0; k < Node->GetEdgeCount(); ++k) {
-        TAOETask* Task = FastAs<TAOETask>(Node->GetEdge(k));
+        TAOETask* Task = As<TAOETask>(Node->GetEdge(k));
         if (Task->GetCriticality() != 0) continue;
         TGGraphNode* From = CopyOf(Node);
         TGGraphNode* To = CopyOf(ToNodeOf(Task));

@@ -2,7 +2,6 @@
 // paths.
 #include <algorithm>
 #include <functional>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -16,7 +15,6 @@ namespace kz {
 using namespace Runtime;
 using namespace GGraph;
 using detail::DynamicAs;
-using detail::FastAs;
 using detail::ForEachNode;
 using detail::FromNodeOf;
 using detail::ToNodeOf;
@@ -165,7 +163,7 @@ void TGCustomGraph::TopologicalOrder(TStrings& OrderedNodes) {
 bool TGCustomGraph::DirectTopologicalOrder(TStrings& OrderedNodes) {
   // Only where ModifySuccessor is the library's own decrement and nothing watches the list
   // fill up can the counters live in an array until the end.
-  if (typeid(*this) != typeid(TGGraph) && typeid(*this) != typeid(TGLabelGraph)) return false;
+  if (!IsExactly<TGGraph>(this) && !IsExactly<TGLabelGraph>(this)) return false;
   if (!detail::UnwatchedStringList(OrderedNodes)) return false;
   detail::TGraphArrays A;
   auto Any = [](auto&&...) { return true; };
@@ -199,11 +197,11 @@ TGGraphNode* TGCustomGraph::ClosestNode(TGGraphNode* ANode, bool Visited) {
 
 TGGraphNode* TGCustomGraph::ScanClosestNode(TGGraphNode* ANode, bool Visited) {
   if (!ANode) RaiseNullAccess(u"node");
-  TWeightedNode* Best = FastAs<TWeightedNode>(ANode);
+  TWeightedNode* Best = As<TWeightedNode>(ANode);
   TGGraphNode* BestNode = ANode;
   ForEachNode(*this, [&](TGGraphNode* Node) {
     if (Node == ANode || Node->GetVisited() != Visited) return;
-    TWeightedNode* W = FastAs<TWeightedNode>(Node);
+    TWeightedNode* W = As<TWeightedNode>(Node);
     if (BestNode == ANode || W->GetWeight() < Best->GetWeight()) {
       Best = W;
       BestNode = Node;
@@ -213,10 +211,10 @@ TGGraphNode* TGCustomGraph::ScanClosestNode(TGGraphNode* ANode, bool Visited) {
 }
 
 void TGCustomGraph::Relax(TGGraphNode* U, TGGraphNode* V, TGGraphEdge* E) {
-  TWeightedNode* UW = FastAs<TWeightedNode>(U);
+  TWeightedNode* UW = As<TWeightedNode>(U);
   if (UW->GetWeight() == MaxGraphWeight) return;
-  const TGraphWeight Sum = WrapAdd(UW->GetWeight(), FastAs<TWeightedEdge>(E)->GetWeight());
-  TWeightedNode* VW = FastAs<TWeightedNode>(V);
+  const TGraphWeight Sum = WrapAdd(UW->GetWeight(), As<TWeightedEdge>(E)->GetWeight());
+  TWeightedNode* VW = As<TWeightedNode>(V);
   if (VW->GetWeight() <= Sum) return;
   VW->SetWeight(Sum);
   if (FEnumeratingPaths) VW->PathList().Assign(&UW->PathList());
@@ -247,19 +245,19 @@ void TGCustomGraph::ShortestPath(TGGraphNode* StartNode) {
       TGGraphEdge* E = StartNode->GetEdge(i);
       TGGraphNode* To = ToNodeOf(E);
       TGGraphNode* From = FromNodeOf(E);
-      TWeightedNode* N = FastAs<TWeightedNode>(Undirected && To == StartNode && From != StartNode ? From : To);
-      const TGraphWeight W = FastAs<TWeightedEdge>(E)->GetWeight();
+      TWeightedNode* N = As<TWeightedNode>(Undirected && To == StartNode && From != StartNode ? From : To);
+      const TGraphWeight W = As<TWeightedEdge>(E)->GetWeight();
       if (N->GetWeight() > W) {
         N->SetWeight(W);
         if (FShortestRun) FShortestRun->Lowered(N);
       }
     }
     StartNode->SetVisited(true);
-    FastAs<TWeightedNode>(StartNode)->SetWeight(0);
+    As<TWeightedNode>(StartNode)->SetWeight(0);
     auto Visit = [&](TGGraphNode* U) {
       if (!U) RaiseNullAccess(u"closest node");
       U->SetVisited(true);
-      if (FEnumeratingPaths) FastAs<TWeightedNode>(U)->PathList().AddObject(U->GetCaption(), U);
+      if (FEnumeratingPaths) As<TWeightedNode>(U)->PathList().AddObject(U->GetCaption(), U);
     };
     const std::int32_t Count = GetNodeCount();
     if (Count < 2) return;
@@ -284,13 +282,13 @@ bool TGCustomGraph::DirectShortestPath(TGGraphNode* StartNode) {
   // The general loop below over arrays, where the selection and the relaxation are the
   // library's own, no path lists are kept and no handler sees a weight change: then only the
   // final weights and marks can be told, and they are written once at the end.
-  if (FEnumeratingPaths || (typeid(*this) != typeid(TGGraph) && typeid(*this) != typeid(TGLabelGraph))) return false;
+  if (FEnumeratingPaths || (!IsExactly<TGGraph>(this) && !IsExactly<TGLabelGraph>(this))) return false;
   detail::TGraphArrays A;
   A.WholeNodes = true;
   A.EdgeFields = true;
   std::vector<TGraphWeight> EdgeWeight;
   auto IsWeighted = [](TGGraphNode* Node) {
-    return detail::IsExactly<TWeightedNode>(Node) && !Node->GetOnChange();
+    return IsExactly<TWeightedNode>(Node) && !Node->GetOnChange();
   };
   auto WeightOf = [&](TGGraphEdge* Edge, std::size_t e) {
     if (e == 0) EdgeWeight.reserve(A.To.size());

@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <limits>
-#include <typeinfo>
 
 #include "GHashTable/internal/StringKeyHash.h"
 
@@ -152,12 +151,11 @@ TGHashtableEntry* TGCustomHashtable::FindInBucket(std::int32_t Bucket, Pointer K
 }
 
 TGCustomHashtable::TKeyPath TGCustomHashtable::DecideKeyPath() const {
-  // typeid names the complete object's class (while a base is being constructed it names
-  // that base, and no constructor of the library looks a key up).
-  const std::type_info& Class = typeid(*this);
-  if (Class == typeid(TGCustomHashtable) || Class == typeid(TGHashtable) || Class == typeid(TGHashIntTable))
+  // The complete object's class (while a base is being constructed it would be that base,
+  // and no constructor of the library looks a key up).
+  if (IsExactly<TGCustomHashtable>(this) || IsExactly<TGHashtable>(this) || IsExactly<TGHashIntTable>(this))
     FKeyPath = kpWord;
-  else if (Class == typeid(TGStringHashtable))
+  else if (IsExactly<TGStringHashtable>(this))
     FKeyPath = kpString;
   else
     FKeyPath = kpOverridable;

@@ -4,7 +4,6 @@
 #include "Runtime/StringLists.h"
 #include "Runtime/Text.h"
 #include "GLists/internal/FreshNode.h"
-#include "GLists/internal/NodeCast.h"
 #include "Runtime/WithinUpdate.h"
 
 namespace kz {
@@ -30,7 +29,7 @@ bool AssignStack(TStack& Self, TPersistent* Source) {
 template <class TNode>
 TNode* WithNewPriority(TGCustomLinkedList& Queue, TSQNode* ANode, std::int32_t NewPriority) {
   detail::TFreshNode<TSQNode> Owned(Queue, Queue.NewNode().release());
-  auto* Node = detail::NodeAs<TNode>(Owned.get());
+  auto* Node = As<TNode>(Owned.get());
   Node->Assign(ANode);
   Node->SetPriority(NewPriority);
   Queue.Insert(Node, nullptr);
@@ -90,7 +89,7 @@ TSQStringNode* TGStringQueue::PushString(const String& Value) { return PushItem(
 
 TSQStringNode* TGStringQueue::PushItem(const String& Value, TObject* AnObject) {
   detail::TFreshNode<TSQNode> Owned(*this, NewNode().release());
-  auto* Node = detail::NodeAs<TSQStringNode>(Owned.get());
+  auto* Node = As<TSQStringNode>(Owned.get());
   Node->SetValue(Value);
   Node->SetItem(AnObject);
   AddNode(Node);
@@ -101,7 +100,7 @@ TSQStringNode* TGStringQueue::PushItem(const String& Value, TObject* AnObject) {
 String TGStringQueue::TopString() const {
   if (FCount == 0) throw EListError(SListEmpty);
   if (!FHead) RaiseNullAccess(u"list head");
-  return detail::NodeAs<TSQStringNode>(FHead)->GetValue();
+  return As<TSQStringNode>(FHead)->GetValue();
 }
 
 String TGStringQueue::PopString() {
@@ -120,7 +119,7 @@ String TGStringQueue::PopItem(TObject*& AnObject) {
 TSQStringNode* TGStringQueue::FindString(StringView Value) const {
   std::int32_t Steps = 0;
   for (TSQNode* N = FHead; N; N = N->GetNext(), CheckSteps(++Steps)) {
-    auto* Node = detail::NodeAs<TSQStringNode>(N);
+    auto* Node = As<TSQStringNode>(N);
     if (CompareText(Node->GetValue(), Value) == 0) return Node;
   }
   return nullptr;
@@ -156,7 +155,7 @@ void TGStringQueue::AssignTo(TPersistent* Dest) {
     Strings->Clear();
     std::int32_t Steps = 0;
     for (TSQNode* N = FHead; N; N = N->GetNext(), CheckSteps(++Steps))
-      Strings->AddObject(detail::NodeAs<TSQStringNode>(N)->GetValue(), N->GetItem());
+      Strings->AddObject(As<TSQStringNode>(N)->GetValue(), N->GetItem());
   } else {
     inherited::AssignTo(Dest);
   }
@@ -181,11 +180,11 @@ void TGStringQueue::ReadStrings(TReader* Reader) {
     Clear();
     while (!Reader->EndOfList()) {
       detail::TFreshNode<TSQNode> Owned(*this, NewNode().release());
-      auto* Node = detail::NodeAs<TSQStringNode>(Owned.get());
+      auto* Node = As<TSQStringNode>(Owned.get());
       Insert(Node, nullptr);
       Owned.release();
       String Value = Reader->ReadString();
-      detail::NodeAs<TSQStringNode>(Owned.Live())->SetValue(std::move(Value));
+      As<TSQStringNode>(Owned.Live())->SetValue(std::move(Value));
     }
   });
   Reader->ReadListEnd();
@@ -209,22 +208,22 @@ std::unique_ptr<TSQNode> TGPriorityQueue::NewNode() const {
 void TGPriorityQueue::AddLinkedList(TGCustomLinkedList* LinkedList) { AddCopies(LinkedList, true); }
 
 TSQNode* TGPriorityQueue::Insert(TSQNode* ANode, TSQNode*) {
-  auto* Node = detail::NodeAs<TSQPriorityNode>(ANode);
+  auto* Node = As<TSQPriorityNode>(ANode);
   CheckFree(Node);
   const std::int32_t P = Node->GetPriority();
   Reset();
   if (!FHead) {
     FHead = FTail = Node;
-  } else if (detail::NodeAs<TSQPriorityNode>(FHead)->GetPriority() >= P) {
+  } else if (As<TSQPriorityNode>(FHead)->GetPriority() >= P) {
     Node->SetNext(FHead);
     FHead = Node;
-  } else if (FTail && detail::NodeAs<TSQPriorityNode>(FTail)->GetPriority() <= P) {
+  } else if (FTail && As<TSQPriorityNode>(FTail)->GetPriority() <= P) {
     FTail->SetNext(Node);
     FTail = Node;
   } else {
     TSQNode* Prev = nullptr;
     TSQNode* N = Next();
-    for (std::int32_t Steps = 0; detail::NodeAs<TSQPriorityNode>(N)->GetPriority() < P; CheckSteps(++Steps)) {
+    for (std::int32_t Steps = 0; As<TSQPriorityNode>(N)->GetPriority() < P; CheckSteps(++Steps)) {
       Prev = N;
       N = Next();
     }
@@ -258,14 +257,14 @@ std::unique_ptr<TSQNode> TGPriorityStringQueue::NewNode() const {
 void TGPriorityStringQueue::AddLinkedList(TGCustomLinkedList* LinkedList) { AddCopies(LinkedList, true); }
 
 TSQNode* TGPriorityStringQueue::Insert(TSQNode* ANode, TSQNode*) {
-  auto* Node = detail::NodeAs<TSQPriorityStringNode>(ANode);
+  auto* Node = As<TSQPriorityStringNode>(ANode);
   CheckFree(Node);
   const std::int32_t P = Node->GetPriority();
   Reset();
   TSQNode* Found = nullptr;
   for (std::int32_t Steps = 0; !EndOfList(); CheckSteps(++Steps)) {
     TSQNode* N = TGCustomLinkedList::Next();
-    if (detail::NodeAs<TSQPriorityStringNode>(N)->GetPriority() > P) {
+    if (As<TSQPriorityStringNode>(N)->GetPriority() > P) {
       Found = N;
       break;
     }

@@ -1,11 +1,9 @@
 #include "GLists/GLists.h"
 
 #include <new>
-#include <typeinfo>
 #include <utility>
 
 #include "GLists/internal/FreshNode.h"
-#include "GLists/internal/NodeCast.h"
 #include "GLists/NodePool.h"
 #include "Runtime/Lists.h"
 #include "Runtime/WithinUpdate.h"
@@ -28,14 +26,10 @@ struct TOwnRecord {
 }  // namespace detail
 
 namespace {
-// By the identity of the type descriptors, which the library emits once: a class it does not
-// recognise so is only treated as foreign, which is always safe.
-bool IsExactly(const TSQNode& Node, const std::type_info& Type) { return &typeid(Node) == &Type; }
-
+// A class not recognised here is only treated as foreign, which is always safe.
 bool IsLibraryNode(const TSQNode& Node) {
-  const std::type_info* Type = &typeid(Node);
-  return Type == &typeid(TSQNode) || Type == &typeid(TSQStringNode) || Type == &typeid(TSQPriorityNode) ||
-         Type == &typeid(TSQPriorityStringNode) || Type == &typeid(TSQDoubleNode);
+  return IsExactly<TSQNode>(&Node) || IsExactly<TSQStringNode>(&Node) || IsExactly<TSQPriorityNode>(&Node) ||
+         IsExactly<TSQPriorityStringNode>(&Node) || IsExactly<TSQDoubleNode>(&Node);
 }
 }  // namespace
 
@@ -80,13 +74,12 @@ TGCustomLinkedList::~TGCustomLinkedList() {
 }
 
 TGCustomLinkedList::TExact TGCustomLinkedList::FindExact() const {
-  const std::type_info& Type = typeid(*this);
-  if (Type == typeid(TGQueue))
+  if (IsExactly<TGQueue>(this))
     FExact = TExact::Queue;
-  else if (Type == typeid(TGStack))
+  else if (IsExactly<TGStack>(this))
     FExact = TExact::Stack;
-  else if (Type == typeid(TGCustomLinkedList) || Type == typeid(TGLinkedList) || Type == typeid(TGStringQueue) ||
-           Type == typeid(TGStringStack) || Type == typeid(TGPriorityQueue) || Type == typeid(TGPriorityStringQueue))
+  else if (IsExactly<TGCustomLinkedList>(this) || IsExactly<TGLinkedList>(this) || IsExactly<TGStringQueue>(this) ||
+           IsExactly<TGStringStack>(this) || IsExactly<TGPriorityQueue>(this) || IsExactly<TGPriorityStringQueue>(this))
     FExact = TExact::List;
   else
     FExact = TExact::Other;
@@ -125,7 +118,7 @@ void TGCustomLinkedList::Adopt(TSQNode* ANode) noexcept {
   if (ANode == FFresh) FFreshState |= fsAdopted;
   ++FOwnedCount;
   if (InOwnStore(ANode)) {
-    detail::TNodePool::Word(ANode) |= detail::OwnStore | (IsExactly(*ANode, typeid(TSQNode)) ? detail::OwnPlain : 0);
+    detail::TNodePool::Word(ANode) |= detail::OwnStore | (IsExactly<TSQNode>(ANode) ? detail::OwnPlain : 0);
     return;
   }
   detail::TOwnRecord* R = std::exchange(FSpareRecord, nullptr);
@@ -515,7 +508,7 @@ TSQNode* TGDoublyLinkedList::GetNode(std::int32_t Index) const {
   TSQNode* N = FTail;
   for (std::int32_t Steps = FromTail; Steps > 0; --Steps) {
     if (!N) RaiseNullAccess(u"list node");
-    N = detail::NodeAs<TSQDoubleNode>(N)->FPrevious;
+    N = As<TSQDoubleNode>(N)->FPrevious;
   }
   if (!N) RaiseNullAccess(u"list node");
   FLastAccessedIndex = Index;
@@ -524,8 +517,8 @@ TSQNode* TGDoublyLinkedList::GetNode(std::int32_t Index) const {
 }
 
 void TGDoublyLinkedList::SetNode(std::int32_t Index, TSQNode* Value) {
-  auto* New = detail::NodeAs<TSQDoubleNode>(Value);
-  auto* Old = detail::NodeAs<TSQDoubleNode>(GetNode(Index));
+  auto* New = As<TSQDoubleNode>(Value);
+  auto* Old = As<TSQDoubleNode>(GetNode(Index));
   if (New == Old) return;
   CheckFree(New);
   Keep(New);
@@ -541,20 +534,20 @@ void TGDoublyLinkedList::Delete(TSQNode* ANode) {
   TSQNode* Following = ANode->GetNext();
   WithinUpdate(*this, [&] {
     inherited::Delete(ANode);
-    if (Following) detail::NodeAs<TSQDoubleNode>(Following)->FPrevious = detail::NodeAs<TSQDoubleNode>(Prev);
+    if (Following) As<TSQDoubleNode>(Following)->FPrevious = As<TSQDoubleNode>(Prev);
   });
 }
 
 TSQNode* TGDoublyLinkedList::Insert(TSQNode* ANode, TSQNode* BeforeNode) {
-  auto* Node = detail::NodeAs<TSQDoubleNode>(ANode);
+  auto* Node = As<TSQDoubleNode>(ANode);
   CheckFree(Node);
   // Checked before the update opens, so that a refused insert does not notify.
   if (BeforeNode) (void)Find(BeforeNode);
   WithinUpdate(*this, [&] {
-    if (!BeforeNode) Node->FPrevious = detail::NodeAs<TSQDoubleNode>(FTail);
+    if (!BeforeNode) Node->FPrevious = As<TSQDoubleNode>(FTail);
     inherited::Insert(Node, BeforeNode);
     if (BeforeNode) {
-      auto* Before = detail::NodeAs<TSQDoubleNode>(BeforeNode);
+      auto* Before = As<TSQDoubleNode>(BeforeNode);
       Node->FPrevious = Before->FPrevious;
       Before->FPrevious = Node;
     }

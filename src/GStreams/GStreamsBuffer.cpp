@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
-#include <typeinfo>
 
 #include "GStreams/BufferStream.h"
 #include "Runtime/Text.h"
@@ -63,7 +62,7 @@ std::int32_t TGBufferStream::FillBuffer() {
   // A file stream's size costs system calls, and its Read answers 0 at the end without
   // other effect: read first, and only when nothing came ask the end-of-file test, which
   // then decides as if it had been asked first (not at the end: read again).
-  if (FStream && FBufferPtr == FBufferEnd && typeid(*FStream) == typeid(TFileStream)) {
+  if (FStream && FBufferPtr == FBufferEnd && IsExactly<TFileStream>(FStream)) {
     N = ReadBlock();
     Filled = N > 0;
   }

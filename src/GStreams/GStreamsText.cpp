@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <typeinfo>
 #include <vector>
 
 #include "GStreams/TextStream.h"
@@ -108,8 +107,8 @@ enum : std::uint8_t { fkOther, fkUTF8, fkAnsi, fkUTF16LE, fkUTF16BE };
 std::uint8_t TGTextStream::NewFastKind() {
   FFastFor = FEncoding;
   // A subclass may read, fill or count differently: it keeps the byte-at-a-time path.
-  // typeid names the complete object's class; no constructor of the class reads.
-  FFastKind = !FEncoding || typeid(*this) != typeid(TGTextStream) ? fkOther
+  // The complete object's class; no constructor of the class reads.
+  FFastKind = !FEncoding || !IsExactly<TGTextStream>(this) ? fkOther
               : FEncoding == TEncoding::UTF8()                    ? fkUTF8
               : FEncoding == TEncoding::Default()                 ? fkAnsi
               : FEncoding == TEncoding::Unicode()                 ? fkUTF16LE

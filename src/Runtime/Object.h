@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <type_traits>
+#include <typeinfo>
 
 #include "Runtime/Errors.h"
 #include "Runtime/Types.h"
@@ -102,10 +103,20 @@ class TObject {
   virtual bool GetInterface(const TGUID& IID, void** Obj);
 };
 
+/// True when Obj's class is exactly T, not a subclass: one comparison of type descriptors, no
+/// search. It chooses fast paths only: every class whose virtual table lives in this library
+/// has one descriptor, and a class that compares unequal merely takes the general path.
+template <class T, class U>
+bool IsExactly(const U* Obj) noexcept {
+  return &typeid(*Obj) == &typeid(T);
+}
+
 /// Type-checked cast: null stays null, an object of another class raises EInvalidCast.
 template <class T, class U>
 T* As(U* Obj) {
   if (!Obj) return nullptr;
+  if constexpr (std::is_base_of_v<U, T>)
+    if (IsExactly<T>(Obj)) return static_cast<T*>(Obj);
   if (T* R = dynamic_cast<T*>(Obj)) return R;
   throw EInvalidCast(Runtime::SInvalidCast);
 }

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <typeinfo>
 #include <vector>
 
 #include "GGraph/Graphs.h"
@@ -190,7 +189,7 @@ std::vector<std::int32_t> StackOrder(const TGraphArrays& A, std::vector<std::int
 // True when List is a plain string list that nobody watches: lines put into it in another
 // order of events than one by one cannot be told apart.
 inline bool UnwatchedStringList(const TStrings& List) {
-  if (typeid(List) != typeid(TStringList)) return false;
+  if (!IsExactly<TStringList>(&List)) return false;
   const auto& L = static_cast<const TStringList&>(List);
   return !L.GetOnChange() && !L.GetOnChanging();
 }

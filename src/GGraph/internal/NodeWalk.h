@@ -1,8 +1,6 @@
 // Walking a graph's nodes in GetNodes order.
 #pragma once
 
-#include <typeinfo>
-
 #include "GGraph/Graphs.h"
 
 namespace kz::detail {
@@ -12,19 +10,6 @@ template <class TFn>
 void ForEachNode(const TGCustomGraph& Graph, TFn&& Fn) {
   TIntfPtr<IObjectIterator> It = Graph.GetNodes();
   while (It->HasMoreElements()) Fn(static_cast<TGGraphNode*>(It->NextElementO()));
-}
-
-/// True when Obj's class is exactly T: a look at its type, no call.
-template <class T, class U>
-bool IsExactly(const U* Obj) {
-  return typeid(*Obj) == typeid(T);
-}
-
-/// As<T>, answering an object of exactly class T without the cost of dynamic_cast.
-template <class T, class U>
-T* FastAs(U* Obj) {
-  if (Obj && IsExactly<T>(Obj)) return static_cast<T*>(Obj);
-  return As<T>(Obj);
 }
 
 /// dynamic_cast, quick for an object of exactly class T.
