@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstring>
-#include <new>
 
 #include "GStreams/BufferStream.h"
 #include "Runtime/Text.h"
@@ -12,11 +11,7 @@ using namespace GStreams;
 
 namespace {
 std::unique_ptr<Byte[]> NewBlock(std::uint32_t Size) {
-  try {
-    return std::make_unique<Byte[]>(Size);  // zeroed: a read after a flush sees no garbage
-  } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(SOutOfMemory);
-  }
+  return std::make_unique<Byte[]>(Size);  // zeroed: a read after a flush sees no garbage
 }
 }  // namespace
 

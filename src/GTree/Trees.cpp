@@ -1,13 +1,11 @@
 #include <algorithm>
 
 #include "GTree/Trees.h"
-#include "GTree/internal/Guard.h"
 
 namespace kz {
 
 using namespace Runtime;
 using namespace GTree;
-using detail::RaiseOutOfMemoryAsError;
 
 // ---- TGCustomTreeNode ---------------------------------------------------------------------
 
@@ -120,27 +118,25 @@ void TGCustomTreeNode::ReleaseChildren(TGCustomTreeNode* Start, std::int32_t Fir
     --F.Next;
     F.Node->Change();
   };
-  RaiseOutOfMemoryAsError([&] {
-    std::vector<TFrame> Stack{{Start, Last, First}};
-    for (;;) {
-      TFrame& F = Stack.back();
-      if (F.Next >= F.First) {
-        TGCustomTreeNode* C = F.Node->GetChild(F.Next);
-        if (C && C->GetChildCount() > 0) {
-          Stack.push_back({C, C->GetChildCount() - 1, 0});
-          continue;
-        }
-        if (C) C->Change();  // the leaf's own Clear
-        FreeChild(F, C);
+  std::vector<TFrame> Stack{{Start, Last, First}};
+  for (;;) {
+    TFrame& F = Stack.back();
+    if (F.Next >= F.First) {
+      TGCustomTreeNode* C = F.Node->GetChild(F.Next);
+      if (C && C->GetChildCount() > 0) {
+        Stack.push_back({C, C->GetChildCount() - 1, 0});
         continue;
       }
-      if (Stack.size() == 1) return;
-      TGCustomTreeNode* Done = F.Node;
-      Stack.pop_back();
-      Done->Change();
-      FreeChild(Stack.back(), Done);
+      if (C) C->Change();  // the leaf's own Clear
+      FreeChild(F, C);
+      continue;
     }
-  });
+    if (Stack.size() == 1) return;
+    TGCustomTreeNode* Done = F.Node;
+    Stack.pop_back();
+    Done->Change();
+    FreeChild(Stack.back(), Done);
+  }
 }
 
 void TGCustomTreeNode::Clear() {
@@ -173,26 +169,24 @@ void TGCustomTreeNode::CopyChildren(TGCustomTreeNode* Dest, const TGCustomTreeNo
     std::int32_t Next;
     std::int32_t End;
   };
-  RaiseOutOfMemoryAsError([&] {
-    TRestoreValue DestBusy(WalksOf(Dest), WalksOf(Dest) + 1);
-    TRestoreValue SourceBusy(WalksOf(Source), WalksOf(Source) + 1);
-    std::vector<TFrame> Stack{{Dest, Source, 0, Source->GetChildCount()}};
-    while (!Stack.empty()) {
-      TFrame& F = Stack.back();
-      if (F.Next >= F.End) {
-        Stack.pop_back();
-        continue;
-      }
-      const std::int32_t I = F.Next++;
-      const TGCustomTreeNode* From = F.Source->GetChild(I);
-      TGCustomTreeNode* To = F.Dest->NewCopyChild(F.Source, I);
-      // What To->Assign(From) does, with the children left to this loop.
-      if (!From) To->Assign(nullptr);
-      To->Clear();
-      To->AssignFields(From);
-      Stack.push_back({To, From, 0, From->GetChildCount()});
+  TRestoreValue DestBusy(WalksOf(Dest), WalksOf(Dest) + 1);
+  TRestoreValue SourceBusy(WalksOf(Source), WalksOf(Source) + 1);
+  std::vector<TFrame> Stack{{Dest, Source, 0, Source->GetChildCount()}};
+  while (!Stack.empty()) {
+    TFrame& F = Stack.back();
+    if (F.Next >= F.End) {
+      Stack.pop_back();
+      continue;
     }
-  });
+    const std::int32_t I = F.Next++;
+    const TGCustomTreeNode* From = F.Source->GetChild(I);
+    TGCustomTreeNode* To = F.Dest->NewCopyChild(F.Source, I);
+    // What To->Assign(From) does, with the children left to this loop.
+    if (!From) To->Assign(nullptr);
+    To->Clear();
+    To->AssignFields(From);
+    Stack.push_back({To, From, 0, From->GetChildCount()});
+  }
 }
 
 void TGCustomTreeNode::AddChildren(TGCustomTreeNode* ANode) {
@@ -257,7 +251,7 @@ std::int32_t TGTreeNode::GetChildCount() const { return static_cast<std::int32_t
 
 TGCustomTreeNode* TGTreeNode::AddChild(TGCustomTreeNode* ANode) {
   CheckLinkable(ANode);
-  RaiseOutOfMemoryAsError([&] { FChildren.push_back(ANode); });
+  FChildren.push_back(ANode);
   Linked(ANode);
   Change();
   return ANode;
@@ -272,7 +266,7 @@ TGCustomTreeNode* TGTreeNode::InsertChild(std::int32_t Index) {
   CheckIndex(Index, FChildren.size() + 1);
   if (!GetTree()) RaiseNullAccess(u"owner tree of the node");
   std::unique_ptr<TGCustomTreeNode> Node = GetTree()->NewNode();
-  RaiseOutOfMemoryAsError([&] { FChildren.insert(FChildren.begin() + Index, Node.get()); });
+  FChildren.insert(FChildren.begin() + Index, Node.get());
   Linked(Node.get());
   return Node.release();
 }
@@ -378,7 +372,7 @@ std::unique_ptr<TGCustomTreeNode> TGCustomTree::NewNode() {
 }
 
 void TGCustomTree::Keep(TGCustomTreeNode* Node) {
-  RaiseOutOfMemoryAsError([&] { FKept.push_back(Node); });
+  FKept.push_back(Node);
   Node->FKept = true;
 }
 
@@ -391,14 +385,12 @@ void TGCustomTree::Unkeep(TGCustomTreeNode* Node) {
 
 bool TGCustomTree::Walk(TGCustomTreeNode* Node, TTraversalOrder Order, const TTreeVisitor& Visit) const {
   TRestoreValue Walking(FWalks, FWalks + 1);
-  return RaiseOutOfMemoryAsError([&] {
-    switch (Order) {
-      case toPreOrder: return Prefix(Node, Visit);
-      case toInOrder: return Infix(Node, Visit);
-      case toPostOrder: return Postfix(Node, Visit);
-    }
-    return false;
-  });
+  switch (Order) {
+    case toPreOrder: return Prefix(Node, Visit);
+    case toInOrder: return Infix(Node, Visit);
+    case toPostOrder: return Postfix(Node, Visit);
+  }
+  return false;
 }
 
 namespace {

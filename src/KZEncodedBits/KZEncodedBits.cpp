@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <new>
 
+#include "Runtime/OutOfMemory.h"
 #include "Runtime/Single.h"
 #include "Runtime/Text.h"
 
@@ -27,15 +27,6 @@ void CheckWritable(TPos Offset, TPos Size) {
 
 void CheckCount(TPos Count) {
   if (Count < 0) throw EArgumentOutOfRangeException(SArgumentOutOfRange);
-}
-
-template <class T>
-T Allocated(TPos Length) {
-  try {
-    return T(static_cast<std::size_t>(Length), 0);
-  } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(SOutOfMemory);
-  }
 }
 
 }  // namespace
@@ -109,7 +100,7 @@ void TKZEncodedBits::Encode(std::int32_t Offset, std::int32_t Size, const TBytes
 
 TBytes TKZEncodedBits::Decode(std::int32_t Offset, std::int32_t Size, std::int32_t Count) const {
   CheckCount(Count);
-  TBytes R = Allocated<TBytes>(Count);
+  TBytes R(static_cast<std::size_t>(Count), 0);
   Decode(Offset, Size, R);
   return R;
 }
@@ -246,7 +237,8 @@ AnsiString TKZEncodedBits::GetAsString(std::int32_t Offset, std::int32_t Size) c
   const TPos Length = (static_cast<TPos>(Size) + 7) / 8;
   if (Length <= 0) return AnsiString();
   (void)Bit(Offset + Length * 8 - 1);  // a field past the end raises before anything is allocated
-  AnsiString R = Allocated<AnsiString>(Length);
+  // Narrow strings grow inside the C++ runtime, out of reach of the library's allocation hook.
+  AnsiString R = detail::RaiseOutOfMemoryAsError([&] { return AnsiString(static_cast<std::size_t>(Length), 0); });
   DecodeBytes(Offset, Length * 8, reinterpret_cast<std::uint8_t*>(R.data()), R.size(), Length, 1);
   return R;
 }
@@ -260,7 +252,7 @@ void TKZEncodedBits::SetAsString(std::int32_t Offset, std::int32_t Size, const A
 String TKZEncodedBits::GetAsBitString(std::int32_t Offset, std::int32_t Size) const {
   if (Size <= 0) return String();
   (void)Bit(static_cast<TPos>(Offset) + Size - 1);
-  String R = Allocated<String>(Size);
+  String R(static_cast<std::size_t>(Size), 0);
   for (std::int32_t k = 0; k < Size; ++k) R[static_cast<std::size_t>(k)] = Bit(static_cast<TPos>(Offset) + k) ? u'1' : u'0';
   return R;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Runtime/Errors.h"
+#include "Runtime/OutOfMemory.h"
 
 namespace kz::detail {
 
@@ -21,7 +22,7 @@ inline constexpr std::int32_t MaxListSize = INT32_MAX / 16;
 template <class T>
 void ReserveExactly(std::vector<T>& V, std::int32_t NewCapacity) {
   const auto N = static_cast<std::size_t>(NewCapacity);
-  try {
+  RaiseOutOfMemoryAsError([&] {
     if (N > V.capacity()) {
       V.reserve(N);
     } else if (N < V.capacity()) {
@@ -31,9 +32,7 @@ void ReserveExactly(std::vector<T>& V, std::int32_t NewCapacity) {
       for (T& Item : V) Smaller.push_back(std::move(Item));
       V.swap(Smaller);
     }
-  } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(Runtime::SOutOfMemory);
-  }
+  });
 }
 
 /// In-place quicksort of positions L..R on the middle position. Compare(I, J) orders two

@@ -187,8 +187,6 @@ void TMemoryStream::SetSize(std::int64_t NewSize) {
   if (NewSize < 0) throw EStreamError(SStreamSizeError, {NewSize});
   try {
     FData.resize(static_cast<std::size_t>(NewSize));
-  } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(SOutOfMemory);
   } catch (const std::length_error&) {
     throw EOutOfMemory(SOutOfMemory);
   }
