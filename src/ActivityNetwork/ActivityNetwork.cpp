@@ -123,8 +123,8 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   auto IsEvent = [](TGGraphNode* Node) { return IsExactly<TAOEEvent>(Node) && !Node->GetOnChange(); };
   auto IsTask = [&](TGGraphEdge* Edge, std::size_t e) {
     if (!IsExactly<TAOETask>(Edge)) return false;
-    if (e == 0) Weight.reserve(A.To.size());
-    Weight.push_back(static_cast<TAOETask*>(Edge)->GetWeight());
+    if (e == 0) Weight.resize(A.To.size());
+    Weight[e] = static_cast<TAOETask*>(Edge)->GetWeight();
     return true;
   };
   if (!A.Take(*this, false, IsEvent, IsTask)) return false;
@@ -186,7 +186,7 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
       auto* Task = static_cast<TAOETask*>(A.Edges[e]);
       Task->FEarliestStartTime = Early[i];
       Task->FLatestStartTime = Weight[e];
-      if (Critical && Task->GetCriticality() == 0) CriticalTasks.push_back(Task);
+      if (Critical && Weight[e] == Early[i]) CriticalTasks.push_back(Task);  // slack 0
     }
   }
   for (TAOETask* Task : CriticalTasks) Path.AddObject(Task->GetName(), Task);

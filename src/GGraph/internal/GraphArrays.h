@@ -38,7 +38,11 @@ struct TGraphArrays {
     const std::size_t N = Nodes.size();
     if (N > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) / 4) return false;
     std::size_t Slots = 16;
-    while (Slots < 2 * N) Slots *= 2;
+    FShift = 60;
+    while (Slots < 2 * N) {
+      Slots *= 2;
+      --FShift;
+    }
     FTable.assign(Slots, TSlot{nullptr, 0});
     FMask = Slots - 1;
     First.resize(N + 1);
@@ -141,10 +145,13 @@ struct TGraphArrays {
   };
   std::vector<TSlot> FTable;  // open addressing, linear probing; a free slot has no node
   std::size_t FMask = 0;
+  unsigned FShift = 60;
 
+  // The top bits of the product (Fibonacci hashing): nodes tend to lie at a fixed stride, and
+  // bits from the middle of a product of a stride repeat with short periods, crowding the
+  // table into long runs.
   std::size_t Home(const TGGraphNode* Node) const {
-    return static_cast<std::size_t>((reinterpret_cast<std::uintptr_t>(Node) >> 4) * 0x9E3779B97F4A7C15ull >> 32) &
-           FMask;
+    return static_cast<std::size_t>((reinterpret_cast<std::uintptr_t>(Node) >> 4) * 0x9E3779B97F4A7C15ull >> FShift);
   }
   bool Insert(const TGGraphNode* Node, std::int32_t Position) {
     std::size_t i = Home(Node);
