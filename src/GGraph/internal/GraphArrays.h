@@ -54,6 +54,7 @@ struct TGraphArrays {
     for (std::size_t i = 0; i < N; ++i) {
       if (i + Ahead < N) {
         const TGGraphNode* Next = Nodes[i + Ahead];
+        __builtin_prefetch(&FTable[Home(Next)], 1);
         __builtin_prefetch(&Next->FInDegree);
         __builtin_prefetch(reinterpret_cast<const char*>(&Next->FEdges) + sizeof(TGGraphEdges) - 1);
         if (WholeNodes) {
