@@ -1,5 +1,6 @@
 #include "ActivityNetwork/ActivityNetwork.h"
 
+#include <algorithm>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -140,8 +141,7 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   if (List.GetCount() > 0) List.Clear();
   std::vector<std::int32_t> Tag(A.InDegree), Early(N, 0), Late(N);
   std::vector<std::int32_t> Order = detail::StackOrder(A, Tag, [&](std::size_t V, std::size_t e, std::size_t W) {
-    const std::int32_t T = WrapAdd(Early[V], Weight[e]);
-    if (T > Early[W]) Early[W] = T;
+    Early[W] = std::max(Early[W], WrapAdd(Early[V], Weight[e]));
   });
   const bool Acyclic = Order.size() == N;
   FAcyclic = Acyclic;
