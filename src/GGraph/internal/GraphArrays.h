@@ -37,14 +37,8 @@ struct TGraphArrays {
     ForEachNode(Graph, [&](TGGraphNode* Node) { Nodes.push_back(Node); });
     const std::size_t N = Nodes.size();
     if (N > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) / 4) return false;
-    std::size_t Slots = 16;
-    FShift = 60;
-    while (Slots < 2 * N) {
-      Slots *= 2;
-      --FShift;
-    }
-    FTable.assign(Slots, TSlot{nullptr, 0});
-    FMask = Slots - 1;
+    FByOrder = N > 0;
+    if (FByOrder) FBase = Nodes[0]->FOrder;
     First.resize(N + 1);
     InDegree.resize(N);
     std::vector<TGGraphEdge* const*> Lists(N, nullptr);
@@ -54,7 +48,6 @@ struct TGraphArrays {
     for (std::size_t i = 0; i < N; ++i) {
       if (i + Ahead < N) {
         const TGGraphNode* Next = Nodes[i + Ahead];
-        __builtin_prefetch(&FTable[Home(Next)], 1);
         __builtin_prefetch(&Next->FInDegree);
         __builtin_prefetch(reinterpret_cast<const char*>(&Next->FEdges) + sizeof(TGGraphEdges) - 1);
         if (WholeNodes) {
@@ -63,7 +56,7 @@ struct TGraphArrays {
         }
       }
       TGGraphNode* Node = Nodes[i];
-      if (!Insert(Node, static_cast<std::int32_t>(i))) return false;
+      if (Node->FOrder != FBase + static_cast<std::int64_t>(i)) FByOrder = false;
       InDegree[i] = Node->FInDegree;
       First[i] = static_cast<std::int32_t>(Total);
       if (!NodeOk(Node)) return false;
@@ -73,6 +66,7 @@ struct TGraphArrays {
       if (Total > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) return false;
     }
     First[N] = static_cast<std::int32_t>(Total);
+    if (!FByOrder && !MakeTable()) return false;
     const std::size_t M = Total;
     Edges.reserve(M);
     for (std::size_t i = 0; i < N; ++i) {
@@ -98,8 +92,8 @@ struct TGraphArrays {
         }
         if (e + Near < M) {
           const TGGraphEdge* Next = Edges[e + Near];
-          __builtin_prefetch(&FTable[Home(Next->FToNode)]);
-          if (WithFrom) __builtin_prefetch(&FTable[Home(Next->FFromNode)]);
+          Fetch(Next->FToNode);
+          if (WithFrom) Fetch(Next->FFromNode);
         }
         TGGraphEdge* E = Edges[e];
         if (!EdgeOk(E, e)) return false;
@@ -119,6 +113,13 @@ struct TGraphArrays {
   // The node's position, or -1 for a node that is not in Nodes (or none).
   std::int32_t PositionOf(const TGGraphNode* Node) const {
     if (!Node) return -1;
+    if (FByOrder) {
+      // Every listed node sits at its number's offset, so a node found elsewhere is not listed.
+      const std::int64_t P = Node->FOrder - FBase;
+      return P >= 0 && P < static_cast<std::int64_t>(Nodes.size()) && Nodes[static_cast<std::size_t>(P)] == Node
+                 ? static_cast<std::int32_t>(P)
+                 : -1;
+    }
     for (std::size_t i = Home(Node);; i = (i + 1) & FMask) {
       if (FTable[i].Node == Node) return FTable[i].Position;
       if (!FTable[i].Node) return -1;
@@ -140,6 +141,39 @@ struct TGraphArrays {
   static void FetchCaption(const TGGraphNode* Node) { __builtin_prefetch(&Node->FCaption); }
 
  private:
+  // A TGGraph numbers its nodes in list order as they join (FOrder); while no node has left,
+  // the numbers run on without a gap and give each node's position by a read of the node,
+  // which the edge walk fetches ahead anyway. Otherwise positions come from a table of the
+  // listed nodes' addresses.
+  bool FByOrder = false;
+  std::int64_t FBase = 0;
+
+  void Fetch(const TGGraphNode* Node) const {
+    if (!Node) return;
+    if (FByOrder)
+      __builtin_prefetch(&Node->FOrder);
+    else
+      __builtin_prefetch(&FTable[Home(Node)]);
+  }
+  // The table of Nodes; false when a node is listed twice.
+  bool MakeTable() {
+    const std::size_t N = Nodes.size();
+    std::size_t Slots = 16;
+    FShift = 60;
+    while (Slots < 2 * N) {
+      Slots *= 2;
+      --FShift;
+    }
+    FTable.assign(Slots, TSlot{nullptr, 0});
+    FMask = Slots - 1;
+    constexpr std::size_t Ahead = 16;
+    for (std::size_t i = 0; i < N; ++i) {
+      if (i + Ahead < N) __builtin_prefetch(&FTable[Home(Nodes[i + Ahead])], 1);
+      if (!Insert(Nodes[i], static_cast<std::int32_t>(i))) return false;
+    }
+    return true;
+  }
+
   struct TSlot {
     const TGGraphNode* Node;
     std::int32_t Position;
