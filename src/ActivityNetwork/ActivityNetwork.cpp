@@ -1,5 +1,6 @@
 #include "ActivityNetwork/ActivityNetwork.h"
 
+#include <algorithm>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -123,8 +124,8 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   auto IsEvent = [](TGGraphNode* Node) { return IsExactly<TAOEEvent>(Node) && !Node->GetOnChange(); };
   auto IsTask = [&](TGGraphEdge* Edge, std::size_t e) {
     if (!IsExactly<TAOETask>(Edge)) return false;
-    if (e == 0) Weight.reserve(A.To.size());
-    Weight.push_back(static_cast<TAOETask*>(Edge)->GetWeight());
+    if (e == 0) Weight.resize(A.To.size());
+    Weight[e] = static_cast<TAOETask*>(Edge)->GetWeight();
     return true;
   };
   if (!A.Take(*this, false, IsEvent, IsTask)) return false;
@@ -140,8 +141,7 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
   if (List.GetCount() > 0) List.Clear();
   std::vector<std::int32_t> Tag(A.InDegree), Early(N, 0), Late(N);
   std::vector<std::int32_t> Order = detail::StackOrder(A, Tag, [&](std::size_t V, std::size_t e, std::size_t W) {
-    const std::int32_t T = WrapAdd(Early[V], Weight[e]);
-    if (T > Early[W]) Early[W] = T;
+    Early[W] = std::max(Early[W], WrapAdd(Early[V], Weight[e]));
   });
   const bool Acyclic = Order.size() == N;
   FAcyclic = Acyclic;
@@ -186,7 +186,7 @@ bool TActivityNetwork::DirectSchedule(TAOEEvent* StartEvent, TAOEEvent* FinishEv
       auto* Task = static_cast<TAOETask*>(A.Edges[e]);
       Task->FEarliestStartTime = Early[i];
       Task->FLatestStartTime = Weight[e];
-      if (Critical && Task->GetCriticality() == 0) CriticalTasks.push_back(Task);
+      if (Critical && Weight[e] == Early[i]) CriticalTasks.push_back(Task);  // slack 0
     }
   }
   for (TAOETask* Task : CriticalTasks) Path.AddObject(Task->GetName(), Task);

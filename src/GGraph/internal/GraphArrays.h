@@ -37,10 +37,8 @@ struct TGraphArrays {
     ForEachNode(Graph, [&](TGGraphNode* Node) { Nodes.push_back(Node); });
     const std::size_t N = Nodes.size();
     if (N > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()) / 4) return false;
-    std::size_t Slots = 16;
-    while (Slots < 2 * N) Slots *= 2;
-    FTable.assign(Slots, TSlot{nullptr, 0});
-    FMask = Slots - 1;
+    FByOrder = N > 0;
+    if (FByOrder) FBase = Nodes[0]->FOrder;
     First.resize(N + 1);
     InDegree.resize(N);
     std::vector<TGGraphEdge* const*> Lists(N, nullptr);
@@ -58,7 +56,7 @@ struct TGraphArrays {
         }
       }
       TGGraphNode* Node = Nodes[i];
-      if (!Insert(Node, static_cast<std::int32_t>(i))) return false;
+      if (Node->FOrder != FBase + static_cast<std::int64_t>(i)) FByOrder = false;
       InDegree[i] = Node->FInDegree;
       First[i] = static_cast<std::int32_t>(Total);
       if (!NodeOk(Node)) return false;
@@ -68,6 +66,7 @@ struct TGraphArrays {
       if (Total > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) return false;
     }
     First[N] = static_cast<std::int32_t>(Total);
+    if (!FByOrder && !MakeTable()) return false;
     const std::size_t M = Total;
     Edges.reserve(M);
     for (std::size_t i = 0; i < N; ++i) {
@@ -93,8 +92,8 @@ struct TGraphArrays {
         }
         if (e + Near < M) {
           const TGGraphEdge* Next = Edges[e + Near];
-          __builtin_prefetch(&FTable[Home(Next->FToNode)]);
-          if (WithFrom) __builtin_prefetch(&FTable[Home(Next->FFromNode)]);
+          Fetch(Next->FToNode);
+          if (WithFrom) Fetch(Next->FFromNode);
         }
         TGGraphEdge* E = Edges[e];
         if (!EdgeOk(E, e)) return false;
@@ -114,6 +113,13 @@ struct TGraphArrays {
   // The node's position, or -1 for a node that is not in Nodes (or none).
   std::int32_t PositionOf(const TGGraphNode* Node) const {
     if (!Node) return -1;
+    if (FByOrder) {
+      // Every listed node sits at its number's offset, so a node found elsewhere is not listed.
+      const std::int64_t P = Node->FOrder - FBase;
+      return P >= 0 && P < static_cast<std::int64_t>(Nodes.size()) && Nodes[static_cast<std::size_t>(P)] == Node
+                 ? static_cast<std::int32_t>(P)
+                 : -1;
+    }
     for (std::size_t i = Home(Node);; i = (i + 1) & FMask) {
       if (FTable[i].Node == Node) return FTable[i].Position;
       if (!FTable[i].Node) return -1;
@@ -135,16 +141,52 @@ struct TGraphArrays {
   static void FetchCaption(const TGGraphNode* Node) { __builtin_prefetch(&Node->FCaption); }
 
  private:
+  // A TGGraph numbers its nodes in list order as they join (FOrder); while no node has left,
+  // the numbers run on without a gap and give each node's position by a read of the node,
+  // which the edge walk fetches ahead anyway. Otherwise positions come from a table of the
+  // listed nodes' addresses.
+  bool FByOrder = false;
+  std::int64_t FBase = 0;
+
+  void Fetch(const TGGraphNode* Node) const {
+    if (!Node) return;
+    if (FByOrder)
+      __builtin_prefetch(&Node->FOrder);
+    else
+      __builtin_prefetch(&FTable[Home(Node)]);
+  }
+  // The table of Nodes; false when a node is listed twice.
+  bool MakeTable() {
+    const std::size_t N = Nodes.size();
+    std::size_t Slots = 16;
+    FShift = 60;
+    while (Slots < 2 * N) {
+      Slots *= 2;
+      --FShift;
+    }
+    FTable.assign(Slots, TSlot{nullptr, 0});
+    FMask = Slots - 1;
+    constexpr std::size_t Ahead = 16;
+    for (std::size_t i = 0; i < N; ++i) {
+      if (i + Ahead < N) __builtin_prefetch(&FTable[Home(Nodes[i + Ahead])], 1);
+      if (!Insert(Nodes[i], static_cast<std::int32_t>(i))) return false;
+    }
+    return true;
+  }
+
   struct TSlot {
     const TGGraphNode* Node;
     std::int32_t Position;
   };
   std::vector<TSlot> FTable;  // open addressing, linear probing; a free slot has no node
   std::size_t FMask = 0;
+  unsigned FShift = 60;
 
+  // The top bits of the product (Fibonacci hashing): nodes tend to lie at a fixed stride, and
+  // bits from the middle of a product of a stride repeat with short periods, crowding the
+  // table into long runs.
   std::size_t Home(const TGGraphNode* Node) const {
-    return static_cast<std::size_t>((reinterpret_cast<std::uintptr_t>(Node) >> 4) * 0x9E3779B97F4A7C15ull >> 32) &
-           FMask;
+    return static_cast<std::size_t>((reinterpret_cast<std::uintptr_t>(Node) >> 4) * 0x9E3779B97F4A7C15ull >> FShift);
   }
   bool Insert(const TGGraphNode* Node, std::int32_t Position) {
     std::size_t i = Home(Node);
