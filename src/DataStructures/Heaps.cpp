@@ -402,9 +402,20 @@ std::unique_ptr<THeapElement> MakeIn(TElementPool& Pool, TObject* Item) {
 
 std::unique_ptr<THeapElement> TCustomHeap::MakeElement(TObject* Item) {
   TElementPool& Pool = PoolOf(FPool);
-  if (FElementClass == &TIntHeapElement::ClassInfo()) return MakeIn<TIntHeapElement>(Pool, Item);
-  if (FElementClass == &THeapElement::ClassInfo()) return MakeIn<THeapElement>(Pool, Item);
-  if (FElementClass == &TFloatHeapElement::ClassInfo()) return MakeIn<TFloatHeapElement>(Pool, Item);
+  // The kind is decided once per element class rather than by metaclass compares per push.
+  if (FElementClass != FMakeFor) {
+    FMakeFor = FElementClass;
+    FMake = FElementClass == &TIntHeapElement::ClassInfo()     ? TMakeKind::Int
+            : FElementClass == &THeapElement::ClassInfo()      ? TMakeKind::Plain
+            : FElementClass == &TFloatHeapElement::ClassInfo() ? TMakeKind::Float
+                                                               : TMakeKind::ByClass;
+  }
+  switch (FMake) {
+    case TMakeKind::Int: return MakeIn<TIntHeapElement>(Pool, Item);
+    case TMakeKind::Plain: return MakeIn<THeapElement>(Pool, Item);
+    case TMakeKind::Float: return MakeIn<TFloatHeapElement>(Pool, Item);
+    case TMakeKind::ByClass: break;
+  }
   TElementPool::TScope Scope(Pool);
   return FElementClass->Create(Item);
 }

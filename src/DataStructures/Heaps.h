@@ -170,6 +170,11 @@ class TCustomHeap : public TPersistent {
   bool FPinned = false;
   mutable bool FStale = false;
   mutable std::size_t FWritesLeft = 0;  // operations to run with Index writes
+  // What MakeElement builds for FMakeFor: one of the library's classes in place, or any
+  // other through its metaclass.
+  enum class TMakeKind : std::uint8_t { ByClass, Plain, Int, Float };
+  THeapElementClass FMakeFor = nullptr;
+  TMakeKind FMake = TMakeKind::ByClass;
 
  private:
   friend class THeapElement;
