@@ -16,10 +16,18 @@ void TIHeapElement::operator delete(void* Element) noexcept { detail::TElementPo
 void THeapElement::Assign(TPersistent* Source) {
   auto* Other = dynamic_cast<THeapElement*>(Source);
   if (!Other) return inherited::Assign(Source);
-  const std::int32_t Was = FIndex;
+  const std::int32_t Was = GetIndex();
   FItem = Other->FItem;
-  FIndex = Other->FIndex;
-  if (FOwner) Changed(Was);
+  FIndex = Other->GetIndex();
+  if (FOwner) {
+    if (FIndex != Was) FOwner->PinIndexes();
+    Changed(Was);
+  }
+}
+
+std::int32_t THeapElement::GetIndex() const {
+  if (FOwner) FOwner->SyncIndexes();
+  return FIndex;
 }
 
 void THeapElement::Changed(std::int32_t Index) { FOwner->ElementChanged(this, Index); }

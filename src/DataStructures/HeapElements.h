@@ -58,9 +58,10 @@ class THeapElement : public TPersistent {
   TObject* GetItem() const { return FItem; }
   void SetItem(TObject* Value) {
     FItem = Value;
-    if (FOwner) Changed(FIndex);
+    if (FOwner) Changed(GetIndex());
   }
-  std::int32_t GetIndex() const { return FIndex; }
+  /// The element's position in its heap.
+  std::int32_t GetIndex() const;
 
  protected:
   bool Owned() const { return FOwner != nullptr; }

@@ -23,6 +23,7 @@ using detail::SiftUp;
 using detail::TakeOut;
 using detail::TNoLookAhead;
 using detail::TElementPool;
+using detail::WithIndexWrites;
 
 namespace {
 
@@ -55,22 +56,26 @@ struct TNumeric {
   }
 
   template <class S>
-  static THeapElement* PushUp(std::vector<S>& H, THeapOrder Order, std::int32_t I) {
+  static THeapElement* PushUp(std::vector<S>& H, THeapOrder Order, std::int32_t I, bool Write) {
     // Stops when the parent is not after the child, as written (<= / >=).
-    if (Order == hpIncreasing)
-      return SiftUp(H, I, [](const S& P, const S& C) { return !(Key(P) <= Key(C)); });
-    return SiftUp(H, I, [](const S& P, const S& C) { return !(Key(P) >= Key(C)); });
+    return WithIndexWrites(Write, [&](auto W) -> THeapElement* {
+      if (Order == hpIncreasing)
+        return SiftUp<decltype(W)::value>(H, I, [](const S& P, const S& C) { return !(Key(P) <= Key(C)); });
+      return SiftUp<decltype(W)::value>(H, I, [](const S& P, const S& C) { return !(Key(P) >= Key(C)); });
+    });
   }
 
   template <class S>
-  static THeapElement* PushDown(std::vector<S>& H, THeapOrder Order, std::int32_t I) {
+  static THeapElement* PushDown(std::vector<S>& H, THeapOrder Order, std::int32_t I, bool Write) {
     // The right child only when strictly before the left one; a move only when strictly before.
-    if (Order == hpIncreasing) {
-      auto Lt = [](const S& A, const S& B) { return Key(A) < Key(B); };
-      return SiftDown<TNoLookAhead>(H, I, Lt, Lt);
-    }
-    auto Gt = [](const S& A, const S& B) { return Key(A) > Key(B); };
-    return SiftDown<TNoLookAhead>(H, I, Gt, Gt);
+    return WithIndexWrites(Write, [&](auto W) -> THeapElement* {
+      if (Order == hpIncreasing) {
+        auto Lt = [](const S& A, const S& B) { return Key(A) < Key(B); };
+        return SiftDown<TNoLookAhead, decltype(W)::value>(H, I, Lt, Lt);
+      }
+      auto Gt = [](const S& A, const S& B) { return Key(A) > Key(B); };
+      return SiftDown<TNoLookAhead, decltype(W)::value>(H, I, Gt, Gt);
+    });
   }
 
   template <class S>
@@ -180,6 +185,7 @@ auto* InsertEntry(std::vector<S>& H, const S& Entry, FUp Up) {
     delete X;
     throw;
   }
+  // Written also by a heap with lazy indexes: the new element is in the cache.
   THeapAccess::SetIndex(X, static_cast<std::int32_t>(H.size()) - 1);
   try {
     if (H.size() > 1) Up(static_cast<std::int32_t>(H.size()) - 1);
@@ -252,7 +258,10 @@ TCustomHeap::TCustomHeap(THeapElementClass ElementClass) : FElementClass(Element
   if (!ElementClass) RaiseNullAccess(u"heap element class");
 }
 
-TCustomHeap::~TCustomHeap() { FreeElements(FHeap); }
+TCustomHeap::~TCustomHeap() {
+  SyncIndexes();  // an element's destructor may read another's Index
+  FreeElements(FHeap);
+}
 
 void TCustomHeap::CheckIndex(std::int32_t Index) const {
   if (Index < 0 || Index >= static_cast<std::int32_t>(FHeap.size())) throw EListError(SListIndexError, {Index});
@@ -287,8 +296,30 @@ void TCustomHeap::Assign(TPersistent* Source) {
   Clear();
   FOrder = Other->FOrder;
   Copies.MoveInto(FHeap);
+  FPinned = Other->FPinned;  // the clones took their Index from the source's elements
   Unorder();
   OrderIfSmall();
+}
+
+bool TCustomHeap::WriteIndexes() {
+  if (!FLazyIndexes || FPinned) return true;
+  if (FWritesLeft > 0) {
+    --FWritesLeft;
+    return true;
+  }
+  FStale = true;
+  return false;
+}
+
+void TCustomHeap::RewriteIndexes() const {
+  for (std::size_t I = 0; I < FHeap.size(); ++I) THeapAccess::SetIndex(FHeap[I].Element, static_cast<std::int32_t>(I));
+  FStale = false;
+  FWritesLeft = FHeap.size();
+}
+
+void TCustomHeap::ForgetIndexes() {
+  FStale = FPinned = false;
+  FWritesLeft = 0;
 }
 
 void TCustomHeap::CopyOrdered(const TCustomHeap& Other) {
@@ -371,9 +402,20 @@ std::unique_ptr<THeapElement> MakeIn(TElementPool& Pool, TObject* Item) {
 
 std::unique_ptr<THeapElement> TCustomHeap::MakeElement(TObject* Item) {
   TElementPool& Pool = PoolOf(FPool);
-  if (FElementClass == &TIntHeapElement::ClassInfo()) return MakeIn<TIntHeapElement>(Pool, Item);
-  if (FElementClass == &THeapElement::ClassInfo()) return MakeIn<THeapElement>(Pool, Item);
-  if (FElementClass == &TFloatHeapElement::ClassInfo()) return MakeIn<TFloatHeapElement>(Pool, Item);
+  // The kind is decided once per element class rather than by metaclass compares per push.
+  if (FElementClass != FMakeFor) {
+    FMakeFor = FElementClass;
+    FMake = FElementClass == &TIntHeapElement::ClassInfo()     ? TMakeKind::Int
+            : FElementClass == &THeapElement::ClassInfo()      ? TMakeKind::Plain
+            : FElementClass == &TFloatHeapElement::ClassInfo() ? TMakeKind::Float
+                                                               : TMakeKind::ByClass;
+  }
+  switch (FMake) {
+    case TMakeKind::Int: return MakeIn<TIntHeapElement>(Pool, Item);
+    case TMakeKind::Plain: return MakeIn<THeapElement>(Pool, Item);
+    case TMakeKind::Float: return MakeIn<TFloatHeapElement>(Pool, Item);
+    case TMakeKind::ByClass: break;
+  }
   TElementPool::TScope Scope(Pool);
   return FElementClass->Create(Item);
 }
@@ -395,7 +437,9 @@ THeapElement* TCustomHeap::Insert(std::unique_ptr<THeapElement> Element, TKey Ke
 
 void TCustomHeap::Clear() {
   CheckNotComparing();
+  SyncIndexes();  // an element's destructor may read another's Index
   FreeAll(FHeap, FPool);
+  ForgetIndexes();
   FOrdered = FTracksOrder;
   FOut = nullptr;
 }
@@ -406,8 +450,15 @@ TObject* TCustomHeap::Remove(std::int32_t Index) {
   // The element moved into the gap is in place for the removed one's key, so it becomes the
   // one out of place, even when the removed one was.
   if (FTracksOrder && FOut == FHeap[static_cast<std::size_t>(Index)].Element) FOut = nullptr;
-  THeapElement* Removed = TakeOut(FHeap, Index);
+  // A pop reads and frees the top element, a cache miss unless asked for early: the next pop's
+  // top is almost always one of the root's children, so fetch both a whole sift ahead.
+  if (Index == 0 && FHeap.size() > 2) {
+    __builtin_prefetch(FHeap[1].Element);
+    __builtin_prefetch(FHeap[2].Element);
+  }
+  THeapElement* Removed = TakeOut(FHeap, Index, WriteIndexes());
   TObject* Result = Removed->GetItem();
+  if (FHeap.empty()) ForgetIndexes();
   delete Removed;
   if (!FTracksOrder) {
     if (Index == 0 && FHeap.size() > 1) PushDown(0);
@@ -519,9 +570,12 @@ std::int32_t THeap::ModifyPriority(std::int32_t Index) {
 
 // ---- TIntHeap ----
 
-TIntHeap::TIntHeap() : TCustomHeap(&TIntHeapElement::ClassInfo()) {}
+TIntHeap::TIntHeap() : TCustomHeap(&TIntHeapElement::ClassInfo()) { FLazyIndexes = true; }
 
-TIntHeap::TIntHeap(TIntHeapElementClass ElementClass) : TCustomHeap(ElementClass) { TIntOps::CheckClass(ElementClass); }
+TIntHeap::TIntHeap(TIntHeapElementClass ElementClass) : TCustomHeap(ElementClass) {
+  TIntOps::CheckClass(ElementClass);
+  FLazyIndexes = true;
+}
 
 const TMetaClass* TIntHeap::RequiredElementClass() const { return &TIntHeapElement::ClassInfo(); }
 
@@ -531,12 +585,12 @@ TCustomHeap::TKey TIntHeap::KeyOf(const THeapElement* Element) const {
 
 THeapElement* TIntHeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
-  return TIntOps::PushUp(FHeap, FOrder, Index);
+  return TIntOps::PushUp(FHeap, FOrder, Index, WriteIndexes());
 }
 
 THeapElement* TIntHeap::PushDown(std::int32_t Index) {
   CheckIndex(Index);
-  return TIntOps::PushDown(FHeap, FOrder, Index);
+  return TIntOps::PushDown(FHeap, FOrder, Index, WriteIndexes());
 }
 
 TIntHeapElement* TIntHeap::Add(TObject* Item, std::int32_t Priority) {
@@ -577,10 +631,11 @@ std::int32_t TIntHeap::GetPriority(std::int32_t Index) const { return TIntOps::P
 
 // ---- TFloatHeap ----
 
-TFloatHeap::TFloatHeap() : TCustomHeap(&TFloatHeapElement::ClassInfo()) {}
+TFloatHeap::TFloatHeap() : TCustomHeap(&TFloatHeapElement::ClassInfo()) { FLazyIndexes = true; }
 
 TFloatHeap::TFloatHeap(TFloatHeapElementClass ElementClass) : TCustomHeap(ElementClass) {
   TFloatOps::CheckClass(ElementClass);
+  FLazyIndexes = true;
 }
 
 const TMetaClass* TFloatHeap::RequiredElementClass() const { return &TFloatHeapElement::ClassInfo(); }
@@ -591,12 +646,12 @@ TCustomHeap::TKey TFloatHeap::KeyOf(const THeapElement* Element) const {
 
 THeapElement* TFloatHeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
-  return TFloatOps::PushUp(FHeap, FOrder, Index);
+  return TFloatOps::PushUp(FHeap, FOrder, Index, WriteIndexes());
 }
 
 THeapElement* TFloatHeap::PushDown(std::int32_t Index) {
   CheckIndex(Index);
-  return TFloatOps::PushDown(FHeap, FOrder, Index);
+  return TFloatOps::PushDown(FHeap, FOrder, Index, WriteIndexes());
 }
 
 TFloatHeapElement* TFloatHeap::Add(TObject* Item, float Priority) {

@@ -135,6 +135,25 @@ class TCustomHeap : public TPersistent {
   /// Takes up the source heap's knowledge when both order by the same key.
   void CopyOrdered(const TCustomHeap& Other);
 
+  // Lazy Index fields. A numeric heap's sifts may leave the elements' Index unwritten (a
+  // random store per level); the heap then knows its indexes are stale and rewrites all of
+  // them, O(n), before anything reads one (the element's GetIndex asks its heap). After a
+  // rewrite it writes them for as many operations as it holds elements before it may go
+  // stale again, so alternating reads and changes stay O(1) amortized.
+
+  /// Whether the operation starting now must write the Index of what it moves; when it
+  /// answers false the heap is stale from here on.
+  bool WriteIndexes();
+  /// Makes every Index true again.
+  void SyncIndexes() const {
+    if (FStale) RewriteIndexes();
+  }
+  /// An element's Assign wrote an Index that is not its position: it must read so until the
+  /// element moves, so the heap writes every Index at once until it is emptied.
+  void PinIndexes() { FPinned = true; }
+  /// The heap was emptied: nothing is stale or pinned.
+  void ForgetIndexes();
+
   std::vector<TSlot> FHeap;
   THeapOrder FOrder = hpIncreasing;
   THeapElementClass FElementClass;
@@ -146,9 +165,20 @@ class TCustomHeap : public TPersistent {
   // the heap unordered.
   bool FSifted = false;
   const THeapElement* FOut = nullptr;
+  // Set by heaps whose sifts may leave Index fields stale (no caller code runs mid-sift).
+  bool FLazyIndexes = false;
+  bool FPinned = false;
+  mutable bool FStale = false;
+  mutable std::size_t FWritesLeft = 0;  // operations to run with Index writes
+  // What MakeElement builds for FMakeFor: one of the library's classes in place, or any
+  // other through its metaclass.
+  enum class TMakeKind : std::uint8_t { ByClass, Plain, Int, Float };
+  THeapElementClass FMakeFor = nullptr;
+  TMakeKind FMake = TMakeKind::ByClass;
 
  private:
   friend class THeapElement;
+  void RewriteIndexes() const;
 
   // The storage of the elements, made on first use; a pointer is checked against it before
   // it is read.
@@ -203,6 +233,8 @@ class THeap : public TCustomHeap {
 /// derived). Children of equal priority yield the left one. An interior Delete never
 /// re-sifts. IndexOf searches in pre-order and descends only below elements strictly before
 /// the wanted priority, so an element below an equal priority is not found.
+/// Sifts may leave the moved elements' Index unwritten: the first read of an Index after
+/// them rewrites all (O(n)), and reads between changes cost O(1) amortized.
 class TIntHeap : public TCustomHeap {
   KZ_CLASS(TIntHeap, TCustomHeap)
  public:
@@ -234,7 +266,8 @@ class TIntHeap : public TCustomHeap {
   TKey KeyOf(const THeapElement* Element) const override;
 };
 
-/// TIntHeap with single-precision priorities (elements are TFloatHeapElement or derived).
+/// TIntHeap with single-precision priorities (elements are TFloatHeapElement or derived),
+/// Index fields written as lazily.
 class TFloatHeap : public TCustomHeap {
   KZ_CLASS(TFloatHeap, TCustomHeap)
  public:

@@ -275,6 +275,16 @@ TEST(Heaps, StalePointersAreRefusedWithoutBeingRead) {
   EXPECT_EQ(N.Add(&B, 3), Small);  // a reused slot holds a live element again and is accepted
   EXPECT_EQ(N.IndexOf(Small), 0);
 
+  TIntHeap Drained;  // emptied by pops: it hands out its slots from the first one again
+  THeapElement* First = Drained.Add(&A, 1);
+  THeapElement* Second = Drained.Add(&B, 2);
+  (void)Drained.Delete(0);
+  (void)Drained.Delete(0);
+  EXPECT_EQ(Drained.Add(&B, 3), First);
+  EXPECT_THROW(Drained.Delete(Second), EInvalidOperation);
+  EXPECT_EQ(Drained.Add(&A, 4), Second);
+  EXPECT_EQ(Drained.IndexOf(Second), 1);
+
   TIHeap IH;
   TIHeapElement* I = IH.Add(nullptr);
   IH.Clear();

@@ -81,6 +81,104 @@ TEST(HeapRandomModel, IntAndObjectHeapsInBothOrders) {
   }
 }
 
+// Twin integer heaps get the same random steps: Watched reads every Index after each step,
+// Loose only now and then, after bursts of changes that leave its indexes unwritten. Steps
+// include everything that reads an element's Index (its getter, Delete, IndexOf and
+// ModifyPriority of an element, writes of its item or priority, an element's Assign, the
+// heap's Assign) and Clear. Both must hold the same layout after every step, every Index
+// read must equal the element's position (or, after an element's Assign, what the twin
+// reads), and the answers must agree.
+TEST(HeapRandomModel, IndexReadsAgreeHoweverTheyInterleaveWithChanges) {
+  for (unsigned Run = 1; Run <= 3; ++Run) {
+    std::mt19937 Rng(Run);
+    TIntHeap Watched, Loose;
+    TIntHeap* Both[2] = {&Watched, &Loose};
+    for (TIntHeap* H : Both) H->SetOrder(Run == 2 ? hpDecreasing : hpIncreasing);
+    std::vector<std::unique_ptr<TVal>> Items;
+    auto Position = [](const TIntHeap& H, const THeapElement* E) {
+      for (std::int32_t I = 0; I < H.GetCount(); ++I)
+        if (H.GetElement(I) == E) return I;
+      return -1;
+    };
+    bool Pinned = false;  // an element's Assign left an Index that is not a position
+    for (int Step = 0; Step < 6000; ++Step) {
+      SCOPED_TRACE(testing::Message() << "run " << Run << " step " << Step);
+      const std::int32_t Count = Watched.GetCount();
+      const std::int32_t At = Count > 0 ? static_cast<std::int32_t>(Rng() % static_cast<unsigned>(Count)) : 0;
+      const std::int32_t Other = Count > 0 ? static_cast<std::int32_t>(Rng() % static_cast<unsigned>(Count)) : 0;
+      const std::int32_t P = static_cast<std::int32_t>(Rng() % 41) - 20;
+      auto Element = [&](TIntHeap& H, std::int32_t I) { return static_cast<TIntHeapElement*>(H.GetElement(I)); };
+      // Stretches of adds and pops only, in which Loose stops writing indexes.
+      const unsigned Op = Count == 0 ? 0 : Rng() % (Step / 40 % 2 ? 1000 : 750);
+      if (Op < 450) {
+        TVal* Item = Items.emplace_back(std::make_unique<TVal>(P)).get();
+        for (TIntHeap* H : Both) H->Add(Item, P);
+      } else if (Op < 750) {
+        ASSERT_EQ(Watched.Delete(0), Loose.Delete(0));
+      } else if (Op < 920) {
+        // An element whose Index was overwritten by an element's Assign is refused by the
+        // steps that look it up: both twins must refuse it alike.
+        std::int32_t Answer[2];
+        for (int Side : {0, 1}) {
+          TIntHeap& H = *Both[Side];
+          try {
+            if (Op < 800)
+              Answer[Side] = H.IndexOf(H.GetElement(At));
+            else if (Op < 850)
+              Answer[Side] = H.ModifyPriority(H.GetElement(At), P);
+            else if (Op < 880) {
+              Element(H, At)->SetPriority(P);
+              Answer[Side] = H.ModifyPriority(H.GetElement(At));
+            } else
+              Answer[Side] = static_cast<TVal*>(H.Delete(H.GetElement(At)))->V;
+          } catch (const EInvalidOperation&) {
+            Answer[Side] = -1000;
+          }
+        }
+        ASSERT_EQ(Answer[0], Answer[1]);
+        if (Op < 800 && !Pinned) {
+          ASSERT_EQ(Answer[0], At);
+        }
+      } else if (Op < 940) {
+        for (TIntHeap* H : Both) H->GetElement(At)->SetItem(H->GetItem(Other));
+      } else if (Op < 945) {
+        for (TIntHeap* H : Both) H->GetElement(At)->Assign(H->GetElement(Other));
+        Pinned = Pinned || At != Other;
+      } else if (Op < 950) {
+        for (TIntHeap* H : Both) {
+          TIntHeap Copy;
+          Copy.Assign(H);
+          H->Assign(&Copy);
+        }
+      } else if (Op < 953) {
+        for (TIntHeap* H : Both) H->Clear();
+      } else {
+        const std::int32_t Read = Element(Loose, At)->GetIndex();
+        ASSERT_EQ(Read, Element(Watched, At)->GetIndex());
+        if (!Pinned) {
+          ASSERT_EQ(Read, At);
+        }
+      }
+      if (Watched.GetCount() == 0) Pinned = false;
+      ASSERT_EQ(Watched.GetCount(), Loose.GetCount());
+      for (std::int32_t I = 0; I < Watched.GetCount(); ++I) {
+        ASSERT_EQ(Watched.GetItem(I), Loose.GetItem(I)) << "at " << I;
+        ASSERT_EQ(Watched.GetPriority(I), Loose.GetPriority(I)) << "at " << I;
+        const std::int32_t Read = Watched.GetElement(I)->GetIndex();
+        if (!Pinned) {
+          ASSERT_EQ(Read, I);
+        }
+        ASSERT_EQ(Position(Watched, Watched.GetElement(I)), I);
+      }
+      if (Rng() % 200 == 0) {
+        for (std::int32_t I = 0; I < Loose.GetCount(); ++I) {
+          ASSERT_EQ(Loose.GetElement(I)->GetIndex(), Watched.GetElement(I)->GetIndex()) << "at " << I;
+        }
+      }
+    }
+  }
+}
+
 // Twin object heaps get the same random steps, ties frequent: Bottom sifts from the bottom
 // whenever it knows its order, Plain never (two of its items are rewritten before each step,
 // which it cannot tell from a change of order). Later runs mix in interior deletes, SetOrder

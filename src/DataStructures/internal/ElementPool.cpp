@@ -1,5 +1,6 @@
 #include "DataStructures/internal/ElementPool.h"
 
+#include <algorithm>
 #include <new>
 
 namespace kz::detail {
@@ -46,44 +47,62 @@ void TElementPool::Free(void* Element) noexcept {
     return;
   }
   H->Live = 0;
-  H->Link = Pool->FFree[H->Class];
-  Pool->FFree[H->Class] = H;
-  --Pool->FLive;
+  TClass& C = Pool->FClasses[H->Class];
+  H->Link = C.Free;
+  C.Free = H;
+  if (--Pool->FLive == 0) Pool->Restart();
 }
 
 void* TElementPool::Take(std::size_t SlotSize) {
-  const std::size_t Class = SlotSize / Granule;
-  if (Class >= FFree.size() || !FFree[Class]) Grow(SlotSize, Class);
-  THeader* H = FFree[Class];
-  FFree[Class] = static_cast<THeader*>(H->Link);
+  const std::size_t Index = SlotSize / Granule;
+  if (Index >= FClasses.size()) FClasses.resize(Index + 1);
+  TClass& C = FClasses[Index];
+  THeader* H = C.Free;
+  if (H) {
+    C.Free = static_cast<THeader*>(H->Link);
+  } else {
+    if (C.Next == C.Limit) Carve(C, SlotSize);
+    H = reinterpret_cast<THeader*>(C.Next);
+    C.Next += SlotSize;
+    H->Class = static_cast<std::uint32_t>(Index);
+  }
   H->Link = this;
   H->Live = 1;
   ++FLive;
   return H + 1;
 }
 
-void TElementPool::Grow(std::size_t SlotSize, std::size_t Class) {
-  if (Class >= FFree.size()) {
-    FClassSlots.resize(Class + 1, 0);  // first: FFree's size says both are long enough
-    FFree.resize(Class + 1, nullptr);
+void TElementPool::Carve(TClass& C, std::size_t SlotSize) {
+  const std::size_t Following = C.Limit ? C.Current + 1 : 0;
+  if (Following == C.Chunks.size()) {
+    // Doubling chunks: a few dozen at most, which bounds the scans in Holds.
+    const std::size_t Slots = C.Slots < FirstChunkSlots ? FirstChunkSlots : C.Slots;
+    FChunks.reserve(FChunks.size() + 1);
+    C.Chunks.reserve(C.Chunks.size() + 1);
+    std::unique_ptr<std::byte[]> Memory(new std::byte[Slots * SlotSize]);
+    const auto Begin = reinterpret_cast<std::uintptr_t>(Memory.get());
+    FChunks.push_back(TChunk{std::move(Memory), Begin, Begin + Slots * SlotSize, SlotSize, Begin});
+    C.Chunks.push_back(FChunks.size() - 1);
+    C.Slots += Slots;
   }
-  // Doubling chunks: a few dozen at most, which bounds the scans in Holds and Free.
-  const std::size_t Slots = FClassSlots[Class] < FirstChunkSlots ? FirstChunkSlots : FClassSlots[Class];
-  FChunks.reserve(FChunks.size() + 1);
-  std::unique_ptr<std::byte[]> Memory(new std::byte[Slots * SlotSize]);
-  const auto Begin = reinterpret_cast<std::uintptr_t>(Memory.get());
-  // Threaded back to front so that slots are handed out in address order.
-  THeader* Free = FFree[Class];
-  for (std::size_t I = Slots; I-- > 0;) {
-    auto* H = reinterpret_cast<THeader*>(Memory.get() + I * SlotSize);
-    H->Link = Free;
-    H->Live = 0;
-    H->Class = static_cast<std::uint32_t>(Class);
-    Free = H;
+  if (C.Limit) FChunks[C.Chunks[C.Current]].Carved = C.Limit;
+  C.Current = Following;
+  const TChunk& Chunk = FChunks[C.Chunks[Following]];
+  C.Next = Chunk.Begin;
+  C.Limit = Chunk.End;
+}
+
+void TElementPool::Restart() {
+  for (TClass& C : FClasses) {
+    C.Free = nullptr;
+    if (!C.Limit) continue;
+    TChunk& Chunk = FChunks[C.Chunks[C.Current]];
+    Chunk.Carved = std::max(Chunk.Carved, C.Next);
+    const TChunk& First = FChunks[C.Chunks[0]];
+    C.Current = 0;
+    C.Next = First.Begin;
+    C.Limit = First.End;
   }
-  FChunks.push_back(TChunk{std::move(Memory), Begin, Begin + Slots * SlotSize, SlotSize});
-  FFree[Class] = Free;
-  FClassSlots[Class] += Slots;
 }
 
 bool TElementPool::Holds(const void* Element) const {
@@ -91,6 +110,10 @@ bool TElementPool::Holds(const void* Element) const {
   for (const TChunk& C : FChunks)
     if (P >= C.Begin && P < C.End) {
       if ((P - C.Begin) % C.SlotSize != 0) return false;
+      // Slots never handed out hold no header yet.
+      const TClass& Class = FClasses[C.SlotSize / Granule];
+      const std::uintptr_t Carved = Class.Limit == C.End ? std::max(C.Carved, Class.Next) : C.Carved;
+      if (P >= Carved) return false;
       const auto* H = reinterpret_cast<const THeader*>(P);
       return H->Live && H->Link == this;
     }
@@ -100,8 +123,7 @@ bool TElementPool::Holds(const void* Element) const {
 void TElementPool::Trim() {
   if (FLive != 0) return;
   FChunks.clear();
-  FFree.clear();
-  FClassSlots.clear();
+  FClasses.clear();
 }
 
 }  // namespace kz::detail

@@ -45,34 +45,43 @@ auto* ElementOf(const S& Entry) {
     return Entry.Element;
 }
 
-/// Puts Entry at I and sets its element's Index.
-template <class S>
+/// Puts Entry at I and, when Write, sets its element's Index.
+template <bool Write = true, class S>
 void Put(std::vector<S>& H, std::size_t I, const S& Entry) {
   H[I] = Entry;
-  THeapAccess::SetIndex(ElementOf(Entry), static_cast<std::int32_t>(I));
+  if constexpr (Write) THeapAccess::SetIndex(ElementOf(Entry), static_cast<std::int32_t>(I));
+}
+
+/// Runs Run(std::bool_constant<Write>{}), so that a sift is compiled once with its Index
+/// writes and once without, for a heap that may leave them to a later rewrite.
+template <class F>
+decltype(auto) WithIndexWrites(bool Write, F&& Run) {
+  if (Write) return Run(std::true_type{});
+  return Run(std::false_type{});
 }
 
 // The position a sift has emptied, and the entry that belongs there once the sift stops;
 // filled on the way out, also when a comparison raises, so that every Index stays true.
-template <class S>
+template <class S, bool Write>
 struct THole {
   std::vector<S>& H;
   const S Entry;
   std::size_t At;
   THole(std::vector<S>& AH, std::size_t AAt) : H(AH), Entry(AH[AAt]), At(AAt) {}
   THole(const THole&) = delete;
-  ~THole() { Put(H, At, Entry); }
+  ~THole() { Put<Write>(H, At, Entry); }
 };
 
 /// Moves the entry at I up past every parent for which MoveDown(Parent, Entry) holds, each
-/// such parent shifting down one level (one Index written per level). Answers its element.
-template <class S, class FMoveDown>
+/// such parent shifting down one level (one Index written per level unless !Write). Answers
+/// its element.
+template <bool Write = true, class S, class FMoveDown>
 auto* SiftUp(std::vector<S>& H, std::int32_t I, FMoveDown MoveDown) {
-  THole<S> Hole(H, static_cast<std::size_t>(I));
+  THole<S, Write> Hole(H, static_cast<std::size_t>(I));
   while (Hole.At > 0) {
     const std::size_t P = (Hole.At - 1) / 2;
     if (!MoveDown(H[P], Hole.Entry)) break;
-    Put(H, Hole.At, H[P]);
+    Put<Write>(H, Hole.At, H[P]);
     Hole.At = P;
   }
   return ElementOf(Hole.Entry);
@@ -88,11 +97,11 @@ struct TNoLookAhead {
 /// right one when TakeRight(Right, Left)), the child shifting up one level. Answers the
 /// entry's element. The sift prefetches the entries three levels down; Ahead::Touch(Entry)
 /// may prefetch what comparing an entry will read, and is called on the entries two levels
-/// down.
-template <class Ahead, class S, class FTakeRight, class FMoveUp>
+/// down. Index fields are written as SiftUp's.
+template <class Ahead, bool Write = true, class S, class FTakeRight, class FMoveUp>
 auto* SiftDown(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight, FMoveUp MoveUp) {
   const std::size_t N = H.size();
-  THole<S> Hole(H, static_cast<std::size_t>(I));
+  THole<S, Write> Hole(H, static_cast<std::size_t>(I));
   // Positions stay below 2^31, so 8i + 14 cannot overflow a size_t.
   for (std::size_t K = 2 * Hole.At + 1; K < N; K = 2 * Hole.At + 1) {
     // Memory bound below the first levels: ask early for the entries three levels down and
@@ -104,7 +113,7 @@ auto* SiftDown(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight, FMoveUp 
     for (std::size_t G = 4 * Hole.At + 3, End = std::min(G + 4, N); G < End; ++G) Ahead::Touch(H[G]);
     if (K + 1 < N && TakeRight(H[K + 1], H[K])) ++K;
     if (!MoveUp(H[K], Hole.Entry)) break;
-    Put(H, Hole.At, H[K]);
+    Put<Write>(H, Hole.At, H[K]);
     Hole.At = K;
   }
   return ElementOf(Hole.Entry);
@@ -116,10 +125,11 @@ auto* SiftDown(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight, FMoveUp 
 /// child, so for a consistent order the entries MoveUp holds for form a prefix of the path
 /// and the entry ends exactly where SiftDown puts it, with the same moves. When a test
 /// raises, the path is put back as it was and SiftDown runs instead, so a raising comparison
-/// leaves what SiftDown leaves. Every move sets its Index at once, as SiftDown's do.
-template <class Ahead, class S, class FTakeRight, class FMoveUp>
+/// leaves what SiftDown leaves. Every move sets its Index at once (unless !Write), as
+/// SiftDown's do.
+template <class Ahead, bool Write = true, class S, class FTakeRight, class FMoveUp>
 auto* SiftDownFromBottom(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight, FMoveUp MoveUp) {
-  auto Move = [&H](std::size_t To, std::size_t From) { Put(H, To, H[From]); };
+  auto Move = [&H](std::size_t To, std::size_t From) { Put<Write>(H, To, H[From]); };
   const std::size_t N = H.size(), Start = static_cast<std::size_t>(I);
   const S Entry = H[Start];
   std::size_t At = Start;
@@ -145,14 +155,14 @@ auto* SiftDownFromBottom(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight
       Move(At, P);
       At = P;
     }
-    Put(H, At, Entry);
+    Put<Write>(H, At, Entry);
     return ElementOf(Entry);
   } catch (...) {
     // Every entry above the hole on the path came up one level: move them back down.
     for (; At > Start; At = (At - 1) / 2) Move(At, (At - 1) / 2);
-    Put(H, Start, Entry);
+    Put<Write>(H, Start, Entry);
   }
-  return SiftDown<Ahead>(H, I, TakeRight, MoveUp);
+  return SiftDown<Ahead, Write>(H, I, TakeRight, MoveUp);
 }
 
 /// Pre-order walk from the root, left subtree first. Visit(Entry) answers 1 to stop at it,
@@ -169,12 +179,16 @@ std::int32_t PreOrderFind(const std::vector<S>& H, std::int64_t I, FVisit& Visit
 }
 
 /// Takes the entry at Index out of the array: the last entry moves into the gap with its
-/// Index updated. Answers the removed element, which the caller frees.
+/// Index updated (unless !Write). Answers the removed element, which the caller frees.
 template <class S>
-auto* TakeOut(std::vector<S>& H, std::int32_t Index) {
+auto* TakeOut(std::vector<S>& H, std::int32_t Index, bool Write = true) {
   const std::size_t Last = H.size() - 1;
-  auto* Removed = ElementOf(H[static_cast<std::size_t>(Index)]);
-  if (static_cast<std::size_t>(Index) != Last) Put(H, static_cast<std::size_t>(Index), H[Last]);
+  const auto At = static_cast<std::size_t>(Index);
+  auto* Removed = ElementOf(H[At]);
+  if (At != Last) {
+    H[At] = H[Last];
+    if (Write) THeapAccess::SetIndex(ElementOf(H[At]), Index);
+  }
   H.pop_back();
   return Removed;
 }
