@@ -14,7 +14,6 @@ namespace kz {
 using namespace Runtime;
 using namespace DataStructures;
 using detail::ElementOf;
-using detail::GuardMemory;
 using detail::THeapAccess;
 using detail::PreOrderFind;
 using detail::SiftDown;
@@ -287,11 +286,9 @@ void TCustomHeap::Assign(TPersistent* Source) {
   if (const TMetaClass* Required = RequiredElementClass())
     for (const TSlot& E : Other->FHeap)
       if (!E.Element->InheritsFrom(Required)) throw EInvalidCast(SInvalidCast);
-  TClones<TSlot> Copies = GuardMemory([&] {
-    return TClones<TSlot>(Other->FHeap, PoolOf(FPool), [this](THeapElement* X) {
-      THeapAccess::SetOwner(X, this);
-      return TSlot{KeyOf(X), X};
-    });
+  TClones<TSlot> Copies(Other->FHeap, PoolOf(FPool), [this](THeapElement* X) {
+    THeapAccess::SetOwner(X, this);
+    return TSlot{KeyOf(X), X};
   });
   Clear();
   FOrder = Other->FOrder;
@@ -378,11 +375,9 @@ void TCustomHeap::SetOrder(THeapOrder Value) {
 }
 
 THeapElement* TCustomHeap::Add(TObject* Item) {
-  return GuardMemory([&] {
-    std::unique_ptr<THeapElement> E = MakeElement(Item);
-    const TKey Key = KeyOf(E.get());
-    return Insert(std::move(E), Key);
-  });
+  std::unique_ptr<THeapElement> E = MakeElement(Item);
+  const TKey Key = KeyOf(E.get());
+  return Insert(std::move(E), Key);
 }
 
 namespace {
@@ -594,11 +589,9 @@ THeapElement* TIntHeap::PushDown(std::int32_t Index) {
 }
 
 TIntHeapElement* TIntHeap::Add(TObject* Item, std::int32_t Priority) {
-  return GuardMemory([&] {
-    std::unique_ptr<THeapElement> E = MakeElement(Item);
-    static_cast<TIntHeapElement*>(E.get())->SetPriority(Priority);
-    return static_cast<TIntHeapElement*>(Insert(std::move(E), TKey{.Int = Priority}));
-  });
+  std::unique_ptr<THeapElement> E = MakeElement(Item);
+  static_cast<TIntHeapElement*>(E.get())->SetPriority(Priority);
+  return static_cast<TIntHeapElement*>(Insert(std::move(E), TKey{.Int = Priority}));
 }
 
 std::int32_t TIntHeap::IndexOf(TObject* Item) const { return IndexOf(Item, 0); }
@@ -655,11 +648,9 @@ THeapElement* TFloatHeap::PushDown(std::int32_t Index) {
 }
 
 TFloatHeapElement* TFloatHeap::Add(TObject* Item, float Priority) {
-  return GuardMemory([&] {
-    std::unique_ptr<THeapElement> E = MakeElement(Item);
-    static_cast<TFloatHeapElement*>(E.get())->SetPriority(Priority);
-    return static_cast<TFloatHeapElement*>(Insert(std::move(E), TKey{.Float = Priority}));
-  });
+  std::unique_ptr<THeapElement> E = MakeElement(Item);
+  static_cast<TFloatHeapElement*>(E.get())->SetPriority(Priority);
+  return static_cast<TFloatHeapElement*>(Insert(std::move(E), TKey{.Float = Priority}));
 }
 
 std::int32_t TFloatHeap::IndexOf(TObject* Item) const { return IndexOf(Item, 0.0f); }
@@ -730,9 +721,7 @@ void TIHeap::Assign(TPersistent* Source) {
     Clear();
     return;
   }
-  TClones<TIHeapElement*> Copies = GuardMemory([&] {
-    return TClones<TIHeapElement*>(Other->FHeap, PoolOf(FPool), [](TIHeapElement* X) { return X; });
-  });
+  TClones<TIHeapElement*> Copies(Other->FHeap, PoolOf(FPool), [](TIHeapElement* X) { return X; });
   TICompareFunc Compare = Other->FCompare;
   Clear();
   FOrder = Other->FOrder;
@@ -768,14 +757,12 @@ TIHeapElement* TIHeap::PushDown(std::int32_t Index) {
 
 TIHeapElement* TIHeap::Add(const TIntfPtr<IInterface>& Item) {
   CheckNotComparing();
-  return GuardMemory([&] {
-    std::unique_ptr<TIHeapElement> Element;
-    {
-      TElementPool::TScope Scope(PoolOf(FPool));
-      Element = FElementClass->Create(Item);
-    }
-    return InsertEntry(FHeap, Element.release(), [this](std::int32_t I) { PushUp(I); });
-  });
+  std::unique_ptr<TIHeapElement> Element;
+  {
+    TElementPool::TScope Scope(PoolOf(FPool));
+    Element = FElementClass->Create(Item);
+  }
+  return InsertEntry(FHeap, Element.release(), [this](std::int32_t I) { PushUp(I); });
 }
 
 void TIHeap::Clear() {

@@ -32,7 +32,7 @@ TObject* TKZObjectQueue::Pop() {
 }
 
 void TKZObjectQueue::Push(TObject* Value) {
-  detail::GuardMemory([&] { Add(Value); });
+  Add(Value);
 }
 
 TObject* TKZObjectQueue::Top() const {
@@ -48,7 +48,7 @@ TObject* TKZObjectStack::Pop() {
 }
 
 void TKZObjectStack::Push(TObject* Value) {
-  detail::GuardMemory([&] { Add(Value); });
+  Add(Value);
 }
 
 TObject* TKZObjectStack::Top() const {

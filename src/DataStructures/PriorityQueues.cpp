@@ -11,7 +11,6 @@ namespace kz {
 
 using namespace Runtime;
 using namespace DataStructures;
-using detail::GuardMemory;
 
 namespace {
 [[noreturn]] void QueueEmpty() { throw Exception(SQueueEmpty); }
@@ -52,10 +51,6 @@ TKZObjectOrderedList* TPriorityList::ListAt(std::int32_t HeapIndex) const {
 }
 
 void TPriorityList::Add(TObject* Item, std::int32_t Priority) {
-  GuardMemory([&] { AddItem(Item, Priority); });
-}
-
-void TPriorityList::AddItem(TObject* Item, std::int32_t Priority) {
   if (FCount == std::numeric_limits<std::int32_t>::max()) throw EListError(SListCountError, {FCount});
   const std::int32_t I = IndexOf(Priority);
   if (I == -1) {
@@ -173,9 +168,7 @@ void TPriorityList::Assign(TPersistent* Source) {
   }
   std::vector<std::unique_ptr<TKZObjectOrderedList>> Lists;
   Lists.reserve(Other->FHeap.size());
-  GuardMemory([&] {
-    for (std::int32_t I = 0; I < Other->HeapCount(); ++I) Lists.push_back(Other->ListAt(I)->Clone());
-  });
+  for (std::int32_t I = 0; I < Other->HeapCount(); ++I) Lists.push_back(Other->ListAt(I)->Clone());
   TIntHeap::Assign(Source);
   for (std::size_t I = 0; I < Lists.size(); ++I) FHeap[I].Element->SetItem(Lists[I].release());
 }

@@ -101,7 +101,6 @@ class TPriorityList : public TIntHeap {
   TKZObjectOrderedListClass GetOrderedListClass() const { return FOrderedListClass; }
 
  private:
-  void AddItem(TObject* Item, std::int32_t Priority);
   TKZObjectOrderedList* ListAt(std::int32_t HeapIndex) const;
   /// Finds the item at Index, leaving its container in FLastList and its position there in
   /// FLastListIndex.

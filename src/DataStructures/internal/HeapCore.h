@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <new>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -14,16 +13,6 @@
 #include "DataStructures/HeapElements.h"
 
 namespace kz::detail {
-
-/// Runs Fn, turning a failed allocation into the library's EOutOfMemory.
-template <class F>
-decltype(auto) GuardMemory(F&& Fn) {
-  try {
-    return Fn();
-  } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(Runtime::SOutOfMemory);
-  }
-}
 
 struct THeapAccess {
   template <class E>
