@@ -143,9 +143,8 @@ class TGCustomLinkedList : public TPersistent {
   TSQNode* PushNewNode(TObject* Value, bool AtHead) {
     TSQNode* Before = AtHead ? FHead : nullptr;
     if (FOnChange || !FPool || (Before && FCount == 0)) return PushNewNodeSlow(Value, AtHead);
-    auto* Node = ::new (detail::TNodePool::Allocate(sizeof(TSQNode), FPool)) TSQNode();
+    auto* Node = ::new (detail::TNodePool::Allocate(sizeof(TSQNode), FPool, detail::OwnStore | detail::OwnPlain)) TSQNode();
     Node->FItem = Value;
-    detail::TNodePool::Word(Node) |= detail::OwnStore | detail::OwnPlain;
     ++FOwnedCount;
     Splice(Node, Before, nullptr);
     FLastAccessedIndex = -1;
