@@ -151,12 +151,11 @@ class TGCustomLinkedList : public TPersistent {
     return Node;
   }
   /// Whether Top and Delete(Head) of this exact TGQueue or TGStack may go in line: the head
-  /// is a plain TSQNode of the list's own store that nothing else watches.
+  /// is a plain TSQNode of the list's own store, and nothing watches the list's nodes.
   bool CanPopInline() const {
     const TSQNode* N = FHead;
-    return FCount != 0 && N &&
-           detail::TNodePool::Word(N) == (reinterpret_cast<std::uintptr_t>(FPool) | detail::OwnStore | detail::OwnPlain) &&
-           N != FFresh && !FEnumerators && FKept.empty();
+    return FCount != 0 && N && !FWatched &&
+           detail::TNodePool::Word(N) == (reinterpret_cast<std::uintptr_t>(FPool) | detail::OwnStore | detail::OwnPlain);
   }
   /// Top, then Delete(Head), once CanPopInline said so.
   TObject* PopInline() {
@@ -283,6 +282,10 @@ class TGCustomLinkedList : public TPersistent {
   enum : std::uint8_t { fsAdopted = 1, fsFreed = 2 };
   const TSQNode* FFresh = nullptr;
   std::uint8_t FFreshState = 0;
+  // A node being added, a live enumerator or kept nodes: pops then take the general path.
+  // One flag so that the in-line pop tests them with one load.
+  bool FWatched = false;
+  void NoteWatchers() noexcept { FWatched = FFresh || FEnumerators || !FKept.empty(); }
 };
 
 using TGCustomLinkedListClass = const TGCustomLinkedList::TMeta*;
