@@ -2,6 +2,7 @@
 // against a std::list, with the chain checked after every step.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <list>
 #include <memory>
@@ -101,7 +102,8 @@ void RunModel(unsigned RunNumber, int Steps) {
 
 // Bursts of pushes and pops that often drain the list (after which its store hands out its
 // slots again from the start), with nodes made by NewNode held outside the list across the
-// drains, then dropped or added, and the odd Clear. Every node alive must have its own slot.
+// drains, then dropped or added, a walk left open across pops, and the odd Clear. Every node
+// alive must have its own slot.
 template <class TLinked>
 void RunPushPopModel(unsigned RunNumber, int Steps) {
   constexpr bool Lifo = std::is_same_v<TLinked, TGStack>;
@@ -109,6 +111,7 @@ void RunPushPopModel(unsigned RunNumber, int Steps) {
   TLinked L;
   std::deque<std::intptr_t> M;
   std::vector<std::unique_ptr<TSQNode>> Held;
+  std::unique_ptr<TGCustomLinkedListEnumerator> Walk;
   std::intptr_t NextItem = 1;
   auto Item = [](std::intptr_t V) { return reinterpret_cast<TObject*>(V); };
   auto Add = [&](std::intptr_t V) { Lifo ? M.push_front(V) : M.push_back(V); };
@@ -145,6 +148,14 @@ void RunPushPopModel(unsigned RunNumber, int Steps) {
         if (Rng() % 8 == 0) {
           L.Clear();
           M.clear();
+        } else if (!Walk) {
+          Walk = L.GetEnumerator();
+        } else if (Rng() % 3 == 0) {
+          Walk.reset();
+        } else if (Walk->MoveNext()) {
+          // Pops meanwhile step the walk past the nodes they free.
+          ASSERT_NE(std::find(M.begin(), M.end(), reinterpret_cast<std::intptr_t>(Walk->GetCurrent()->GetItem())),
+                    M.end());
         }
         break;
     }
