@@ -154,7 +154,7 @@ void TGCustomLinkedList::DropRecord(detail::TOwnRecord* Record) noexcept {
 void TGCustomLinkedList::Keep(TSQNode* ANode) {
   try {
     FKept.push_back(ANode);
-    NoteWatchers();
+    NoteWatcher(wKept, true);
   } catch (const std::bad_alloc&) {
     throw EOutOfMemory(SOutOfMemory);
   }
@@ -212,7 +212,7 @@ void TGCustomLinkedList::FreeAll() noexcept {
     });
   FOwnedCount = 0;
   FKept.clear();
-  NoteWatchers();
+  NoteWatcher(wKept, false);
   // Every owned node is gone, the one being added among them if the list had taken it.
   if (FFreshState & fsAdopted) FFreshState |= fsFreed;
 }
@@ -231,7 +231,7 @@ TGCustomLinkedListEnumerator::TGCustomLinkedListEnumerator(TGCustomLinkedList* L
   FNextEnum = List->FEnumerators;
   if (FNextEnum) FNextEnum->FPrevEnum = this;
   List->FEnumerators = this;
-  List->NoteWatchers();
+  List->NoteWatcher(TGCustomLinkedList::wEnumerators, true);
 }
 
 TGCustomLinkedListEnumerator::~TGCustomLinkedListEnumerator() {
@@ -241,7 +241,7 @@ TGCustomLinkedListEnumerator::~TGCustomLinkedListEnumerator() {
   else
     FList->FEnumerators = FNextEnum;
   if (FNextEnum) FNextEnum->FPrevEnum = FPrevEnum;
-  FList->NoteWatchers();
+  FList->NoteWatcher(TGCustomLinkedList::wEnumerators, FList->FEnumerators != nullptr);
 }
 
 bool TGCustomLinkedListEnumerator::MoveNext() {

@@ -151,11 +151,12 @@ class TGCustomLinkedList : public TPersistent {
     return Node;
   }
   /// Whether Top and Delete(Head) of this exact TGQueue or TGStack may go in line: the head
-  /// is a plain TSQNode of the list's own store, and nothing watches the list's nodes.
+  /// is a plain TSQNode of the list's own store that nothing else watches.
   bool CanPopInline() const {
     const TSQNode* N = FHead;
     return FCount != 0 && N && !FWatched &&
-           detail::TNodePool::Word(N) == (reinterpret_cast<std::uintptr_t>(FPool) | detail::OwnStore | detail::OwnPlain);
+           detail::TNodePool::Word(N) == (reinterpret_cast<std::uintptr_t>(FPool) | detail::OwnStore | detail::OwnPlain) &&
+           N != FFresh;
   }
   /// Top, then Delete(Head), once CanPopInline said so.
   TObject* PopInline() {
@@ -282,10 +283,13 @@ class TGCustomLinkedList : public TPersistent {
   enum : std::uint8_t { fsAdopted = 1, fsFreed = 2 };
   const TSQNode* FFresh = nullptr;
   std::uint8_t FFreshState = 0;
-  // A node being added, a live enumerator or kept nodes: pops then take the general path.
-  // One flag so that the in-line pop tests them with one load.
-  bool FWatched = false;
-  void NoteWatchers() noexcept { FWatched = FFresh || FEnumerators || !FKept.empty(); }
+  // A bit each for a live enumerator and for kept nodes: while either is set, pops take the
+  // general path. One byte so that the in-line pop tests both with one load.
+  enum : std::uint8_t { wEnumerators = 1, wKept = 2 };
+  std::uint8_t FWatched = 0;
+  void NoteWatcher(std::uint8_t Bit, bool On) noexcept {
+    FWatched = static_cast<std::uint8_t>(On ? FWatched | Bit : FWatched & ~Bit);
+  }
 };
 
 using TGCustomLinkedListClass = const TGCustomLinkedList::TMeta*;

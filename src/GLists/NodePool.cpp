@@ -45,14 +45,7 @@ void TNodePool::Abandon(void* Node) noexcept {
   TNodePool* Pool = PoolOf(Word(Node));
   if (!Pool) return FreeGlobal(Node);
   *Slot = nullptr;
-  if (--Pool->FLive == 0) Pool->Emptied();
-}
-
-void TNodePool::Emptied() noexcept {
-  if (FReleased)
-    delete this;
-  else
-    Restart();
+  if (--Pool->FLive == 0 && Pool->FReleased) delete Pool;
 }
 
 void TNodePool::Restart() noexcept {

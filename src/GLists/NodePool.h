@@ -1,7 +1,7 @@
 // The storage of the nodes a list makes for itself: slots carved from chunks, recycled through
 // one free list per slot size, so that a steady push and pop allocates nothing and the nodes
-// of one list lie close together. Once no node is alive the chunks are carved again from the
-// first, in address order. For the library's lists (their in-line push and pop), not
+// of one list lie close together. Once a queue or stack has popped every node alive, the
+// chunks are carved again from the first, in address order. For the library's lists (their in-line push and pop), not
 // for users.
 #pragma once
 
@@ -112,9 +112,10 @@ class TNodePool {
     KZ_NODE_POISON(Node, Class * Unit - HeaderSize);
     *Slot = Pool->FFree[Class];
     Pool->FFree[Class] = Slot;
-    if (--Pool->FLive == 0) Pool->Emptied();
+    if (--Pool->FLive == 0 && Pool->FReleased) delete Pool;
   }
-  /// Free of a node known to live in this pool while its list still holds the pool.
+  /// Free of a node known to live in this pool while its list still holds the pool (the
+  /// in-line pop of a queue or stack). Restarts the pool when that was the last live node.
   void FreeHeld(void* Node, std::size_t Size) noexcept {
     void** Slot = static_cast<void**>(Node) - 1;
     const std::size_t Class = (Size + HeaderSize + Unit - 1) / Unit;
@@ -138,10 +139,10 @@ class TNodePool {
   /// Carving goes on in chunk Index.
   void CarveFrom(std::size_t Index) noexcept;
   void FreeChunks() noexcept;
-  /// The last live node went: the pool goes when released, else it restarts.
-  void Emptied() noexcept;
   /// With no node alive, forgets the free lists (a drained queue leaves them a walk through
-  /// cold memory in reverse) and carves every size again from its first chunk.
+  /// its freed slots in reverse, each read before it is reused) and carves every size again
+  /// from its first chunk. Only the in-line pop restarts: lists whose nodes are freed by the
+  /// general path refill faster from the slots freed last, still in cache.
   [[gnu::noinline]] void Restart() noexcept;
 
   struct TChunk {

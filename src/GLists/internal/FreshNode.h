@@ -21,7 +21,6 @@ class TFreshNode {
     const bool Taken = FList.FFreshState & TGCustomLinkedList::fsAdopted;
     FList.FFresh = FSavedFresh;
     FList.FFreshState = FSavedState;
-    FList.NoteWatchers();
     // A node adopted by another list (a host's AddNode) belongs to that list.
     if (FOwns && !Taken && !FNode->GetOwnerList()) delete FNode;
   }
@@ -45,7 +44,6 @@ class TFreshNode {
       : FList(List), FNode(Node), FOwns(Owns), FSavedFresh(List.FFresh), FSavedState(List.FFreshState) {
     List.FFresh = Node;
     List.FFreshState = Owns ? 0 : TGCustomLinkedList::fsAdopted;
-    List.NoteWatchers();
   }
 
   TGCustomLinkedList& FList;
