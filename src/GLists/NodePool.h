@@ -1,8 +1,8 @@
 // The storage of the nodes a list makes for itself: slots carved from chunks, recycled through
 // one free list per slot size, so that a steady push and pop allocates nothing and the nodes
 // of one list lie close together. Once a queue or stack has popped every node alive, the
-// chunks are carved again from the first, in address order. For the library's lists (their in-line push and pop), not
-// for users.
+// chunks are carved again from the first, in address order. For the library's lists (their
+// in-line push and pop), not for users.
 #pragma once
 
 #include <array>
