@@ -143,7 +143,8 @@ class TGCustomLinkedList : public TPersistent {
   TSQNode* PushNewNode(TObject* Value, bool AtHead) {
     TSQNode* Before = AtHead ? FHead : nullptr;
     if (FOnChange || !FPool || (Before && FCount == 0)) return PushNewNodeSlow(Value, AtHead);
-    auto* Node = ::new (detail::TNodePool::Allocate(sizeof(TSQNode), FPool, detail::OwnStore | detail::OwnPlain)) TSQNode();
+    void* Memory = detail::TNodePool::Allocate(sizeof(TSQNode), FPool, detail::OwnStore | detail::OwnPlain);
+    auto* Node = ::new (Memory) TSQNode();
     Node->FItem = Value;
     ++FOwnedCount;
     Splice(Node, Before, nullptr);
