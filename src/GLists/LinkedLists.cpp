@@ -154,6 +154,7 @@ void TGCustomLinkedList::DropRecord(detail::TOwnRecord* Record) noexcept {
 void TGCustomLinkedList::Keep(TSQNode* ANode) {
   try {
     FKept.push_back(ANode);
+    NoteWatcher(wKept, true);
   } catch (const std::bad_alloc&) {
     throw EOutOfMemory(SOutOfMemory);
   }
@@ -211,6 +212,7 @@ void TGCustomLinkedList::FreeAll() noexcept {
     });
   FOwnedCount = 0;
   FKept.clear();
+  NoteWatcher(wKept, false);
   // Every owned node is gone, the one being added among them if the list had taken it.
   if (FFreshState & fsAdopted) FFreshState |= fsFreed;
 }
@@ -229,6 +231,7 @@ TGCustomLinkedListEnumerator::TGCustomLinkedListEnumerator(TGCustomLinkedList* L
   FNextEnum = List->FEnumerators;
   if (FNextEnum) FNextEnum->FPrevEnum = this;
   List->FEnumerators = this;
+  List->NoteWatcher(TGCustomLinkedList::wEnumerators, true);
 }
 
 TGCustomLinkedListEnumerator::~TGCustomLinkedListEnumerator() {
@@ -238,6 +241,7 @@ TGCustomLinkedListEnumerator::~TGCustomLinkedListEnumerator() {
   else
     FList->FEnumerators = FNextEnum;
   if (FNextEnum) FNextEnum->FPrevEnum = FPrevEnum;
+  FList->NoteWatcher(TGCustomLinkedList::wEnumerators, FList->FEnumerators != nullptr);
 }
 
 bool TGCustomLinkedListEnumerator::MoveNext() {

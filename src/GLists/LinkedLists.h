@@ -143,9 +143,9 @@ class TGCustomLinkedList : public TPersistent {
   TSQNode* PushNewNode(TObject* Value, bool AtHead) {
     TSQNode* Before = AtHead ? FHead : nullptr;
     if (FOnChange || !FPool || (Before && FCount == 0)) return PushNewNodeSlow(Value, AtHead);
-    auto* Node = ::new (detail::TNodePool::Allocate(sizeof(TSQNode), FPool)) TSQNode();
+    void* Memory = detail::TNodePool::Allocate(sizeof(TSQNode), FPool, detail::OwnStore | detail::OwnPlain);
+    auto* Node = ::new (Memory) TSQNode();
     Node->FItem = Value;
-    detail::TNodePool::Word(Node) |= detail::OwnStore | detail::OwnPlain;
     ++FOwnedCount;
     Splice(Node, Before, nullptr);
     FLastAccessedIndex = -1;
@@ -155,9 +155,9 @@ class TGCustomLinkedList : public TPersistent {
   /// is a plain TSQNode of the list's own store that nothing else watches.
   bool CanPopInline() const {
     const TSQNode* N = FHead;
-    return FCount != 0 && N &&
+    return FCount != 0 && N && !FWatched &&
            detail::TNodePool::Word(N) == (reinterpret_cast<std::uintptr_t>(FPool) | detail::OwnStore | detail::OwnPlain) &&
-           N != FFresh && !FEnumerators && FKept.empty();
+           N != FFresh;
   }
   /// Top, then Delete(Head), once CanPopInline said so.
   TObject* PopInline() {
@@ -284,6 +284,13 @@ class TGCustomLinkedList : public TPersistent {
   enum : std::uint8_t { fsAdopted = 1, fsFreed = 2 };
   const TSQNode* FFresh = nullptr;
   std::uint8_t FFreshState = 0;
+  // A bit each for a live enumerator and for kept nodes: while either is set, pops take the
+  // general path. One byte so that the in-line pop tests both with one load.
+  enum : std::uint8_t { wEnumerators = 1, wKept = 2 };
+  std::uint8_t FWatched = 0;
+  void NoteWatcher(std::uint8_t Bit, bool On) noexcept {
+    FWatched = static_cast<std::uint8_t>(On ? FWatched | Bit : FWatched & ~Bit);
+  }
 };
 
 using TGCustomLinkedListClass = const TGCustomLinkedList::TMeta*;

@@ -14,11 +14,17 @@ constexpr std::size_t FirstChunkSlots = 64;
 constexpr std::size_t MaxChunkSlots = 64 * 1024;
 }  // namespace
 
-void* TNodePool::AllocateSlow(std::size_t Size, TNodePool* Pool) {
+void* TNodePool::AllocateSlow(std::size_t Size, TNodePool* Pool, std::uintptr_t Marks) {
   const std::size_t Class = (Size + HeaderSize + Unit - 1) / Unit;
   if (Pool && Class <= MaxClass) {
-    Pool->Grow(Class);
-    return Allocate(Size, Pool);
+    // The chunks a restart left to carve again come before new ones.
+    std::size_t I = Pool->FNextChunk[Class];
+    while (I < Pool->FChunks.size() && Pool->FChunks[I].Class != Class) ++I;
+    if (I < Pool->FChunks.size())
+      Pool->CarveFrom(I);
+    else
+      Pool->Grow(Class);
+    return Allocate(Size, Pool, Marks);
   }
   std::byte* Memory;
   try {
@@ -42,6 +48,29 @@ void TNodePool::Abandon(void* Node) noexcept {
   if (--Pool->FLive == 0 && Pool->FReleased) delete Pool;
 }
 
+void TNodePool::Restart() noexcept {
+  std::uint64_t Waiting = FClasses;
+  for (std::uint64_t Left = Waiting; Left; Left &= Left - 1) {
+    const int Class = __builtin_ctzll(Left);
+    FFree[Class] = nullptr;
+    FCarve[Class] = FCarveEnd[Class] = nullptr;
+    FNextChunk[Class] = FChunks.size();
+  }
+  // Each size starts again at its first chunk; what those chunks hold is free or abandoned.
+  for (std::size_t I = 0; Waiting && I < FChunks.size(); ++I)
+    if (const std::uint64_t Bit = std::uint64_t{1} << FChunks[I].Class; Waiting & Bit) {
+      Waiting &= ~Bit;
+      CarveFrom(I);
+    }
+}
+
+void TNodePool::CarveFrom(std::size_t Index) noexcept {
+  const TChunk& C = FChunks[Index];
+  FCarve[C.Class] = C.Memory.get();
+  FCarveEnd[C.Class] = C.Memory.get() + C.Bytes;
+  FNextChunk[C.Class] = Index + 1;
+}
+
 void TNodePool::Release() noexcept {
   if (FLive == 0)
     delete this;
@@ -59,6 +88,10 @@ void TNodePool::Trim() noexcept {
   FreeChunks();
   FFree.fill(nullptr);
   FCarved.fill(0);
+  FCarve.fill(nullptr);
+  FCarveEnd.fill(nullptr);
+  FNextChunk.fill(0);
+  FClasses = 0;
 }
 
 void TNodePool::Grow(std::size_t Class) {
@@ -73,15 +106,15 @@ void TNodePool::Grow(std::size_t Class) {
     throw EOutOfMemory(Runtime::SOutOfMemory);
   }
   std::byte* Memory = FChunks.back().Memory.get();
-  // Threaded back to front so that slots are handed out in address order.
-  void* Free = FFree[Class];
-  for (std::size_t I = Slots; I-- > 0;) {
+  // A slot's word is a live node's only mark, so the words of slots not carved yet must not
+  // hold one by chance.
+  for (std::size_t I = 0; I < Slots; ++I) {
     auto** Slot = reinterpret_cast<void**>(Memory + I * SlotSize);
-    *Slot = Free;
+    *Slot = nullptr;
     KZ_NODE_POISON(Slot + 1, SlotSize - HeaderSize);
-    Free = Slot;
   }
-  FFree[Class] = Free;
+  CarveFrom(FChunks.size() - 1);
+  FClasses |= std::uint64_t{1} << Class;
   FCarved[Class] += Slots;
 }
 

@@ -1,7 +1,8 @@
 // The storage of the nodes a list makes for itself: slots carved from chunks, recycled through
 // one free list per slot size, so that a steady push and pop allocates nothing and the nodes
-// of one list lie close together. For the library's lists (their in-line push and pop), not
-// for users.
+// of one list lie close together. Once a queue or stack has popped every node alive, the
+// chunks are carved again from the first, in address order. For the library's lists (their
+// in-line push and pop), not for users.
 #pragma once
 
 #include <array>
@@ -75,20 +76,30 @@ class TNodePool {
   }
 
   /// Node memory of Size bytes: from Pool when there is one and the size fits a slot, else
-  /// from the global heap. Raises EOutOfMemory.
-  static void* Allocate(std::size_t Size, TNodePool* Pool) {
+  /// from the global heap. A pool slot's word gets Marks (the node's marks when a list of
+  /// the pool takes it at once). Raises EOutOfMemory.
+  static void* Allocate(std::size_t Size, TNodePool* Pool, std::uintptr_t Marks = 0) {
     const std::size_t Class = (Size + HeaderSize + Unit - 1) / Unit;
-    if (Pool && Class <= MaxClass)
-      if (void** Slot = static_cast<void**>(Pool->FFree[Class])) {
+    if (Pool && Class <= MaxClass) {
+      void** Slot = static_cast<void**>(Pool->FFree[Class]);
+      if (Slot) {
         Pool->FFree[Class] = *Slot;
         // The next allocation reads the next free slot, which a drained queue left cold.
         __builtin_prefetch(*Slot, 1);
-        *Slot = Pool;
+      } else if (Pool->FCarve[Class] != Pool->FCarveEnd[Class]) {
+        // Carving reads nothing from the slot, so a refill writes memory in order without
+        // waiting for it.
+        Slot = reinterpret_cast<void**>(Pool->FCarve[Class]);
+        Pool->FCarve[Class] += Class * Unit;
+      }
+      if (Slot) {
+        *reinterpret_cast<std::uintptr_t*>(Slot) = reinterpret_cast<std::uintptr_t>(Pool) | Marks;
         ++Pool->FLive;
         KZ_NODE_UNPOISON(Slot + 1, Class * Unit - HeaderSize);
         return Slot + 1;
       }
-    return AllocateSlow(Size, Pool);
+    }
+    return AllocateSlow(Size, Pool, Marks);
   }
   /// Returns memory from Allocate, wherever it came from. Size is the size asked for. A
   /// record's mark must be gone from the word.
@@ -103,17 +114,18 @@ class TNodePool {
     Pool->FFree[Class] = Slot;
     if (--Pool->FLive == 0 && Pool->FReleased) delete Pool;
   }
-  /// Free of a node known to live in this pool while its list still holds the pool.
+  /// Free of a node known to live in this pool while its list still holds the pool (the
+  /// in-line pop of a queue or stack). Restarts the pool when that was the last live node.
   void FreeHeld(void* Node, std::size_t Size) noexcept {
     void** Slot = static_cast<void**>(Node) - 1;
     const std::size_t Class = (Size + HeaderSize + Unit - 1) / Unit;
     KZ_NODE_POISON(Node, Class * Unit - HeaderSize);
     *Slot = FFree[Class];
     FFree[Class] = Slot;
-    --FLive;
+    if (--FLive == 0) Restart();
   }
   /// Returns memory from Allocate whose size is unknown (a constructor that raised): a pool
-  /// slot is not reused but goes with its chunk.
+  /// slot is not reused before the pool restarts.
   static void Abandon(void* Node) noexcept;
 
  private:
@@ -121,10 +133,17 @@ class TNodePool {
   static constexpr std::size_t Unit = 8;
   static constexpr std::size_t MaxClass = 32;  // slots up to 256 bytes
 
-  static void* AllocateSlow(std::size_t Size, TNodePool* Pool);
+  static void* AllocateSlow(std::size_t Size, TNodePool* Pool, std::uintptr_t Marks);
   static void FreeGlobal(void* Node) noexcept;
   void Grow(std::size_t Class);
+  /// Carving goes on in chunk Index.
+  void CarveFrom(std::size_t Index) noexcept;
   void FreeChunks() noexcept;
+  /// With no node alive, forgets the free lists (a drained queue leaves them a walk through
+  /// its freed slots in reverse, each read before it is reused) and carves every size again
+  /// from its first chunk. Only the in-line pop restarts: lists whose nodes are freed by the
+  /// general path refill faster from the slots freed last, still in cache.
+  [[gnu::noinline]] void Restart() noexcept;
 
   struct TChunk {
     std::unique_ptr<std::byte[]> Memory;
@@ -134,6 +153,12 @@ class TNodePool {
 
   std::array<void*, MaxClass + 1> FFree{};  // per slot size in units: first free slot
   std::array<std::size_t, MaxClass + 1> FCarved{};
+  // Per slot size: the part of a chunk not carved yet, and the chunk index to look for the
+  // next chunk of that size from (FChunks.size() while every chunk has been carved).
+  std::array<std::byte*, MaxClass + 1> FCarve{};
+  std::array<std::byte*, MaxClass + 1> FCarveEnd{};
+  std::array<std::size_t, MaxClass + 1> FNextChunk{};
+  std::uint64_t FClasses = 0;  // the sizes that have chunks
   std::vector<TChunk> FChunks;
   std::size_t FLive = 0;
   TGCustomLinkedList* FList;

@@ -2,8 +2,13 @@
 // against a std::list, with the chain checked after every step.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <deque>
 #include <list>
+#include <memory>
 #include <random>
+#include <set>
+#include <vector>
 
 #include "GLists/GLists.h"
 
@@ -95,7 +100,89 @@ void RunModel(unsigned RunNumber, int Steps) {
   }
 }
 
+// Bursts of pushes and pops that often drain the list (after which its store hands out its
+// slots again from the start), with nodes made by NewNode held outside the list across the
+// drains, then dropped or added, a walk left open across pops, and the odd Clear. Every node
+// alive must have its own slot.
+template <class TLinked>
+void RunPushPopModel(unsigned RunNumber, int Steps) {
+  constexpr bool Lifo = std::is_same_v<TLinked, TGStack>;
+  std::mt19937 Rng(RunNumber);
+  TLinked L;
+  std::deque<std::intptr_t> M;
+  std::vector<std::unique_ptr<TSQNode>> Held;
+  std::unique_ptr<TGCustomLinkedListEnumerator> Walk;
+  std::intptr_t NextItem = 1;
+  auto Item = [](std::intptr_t V) { return reinterpret_cast<TObject*>(V); };
+  auto Add = [&](std::intptr_t V) { Lifo ? M.push_front(V) : M.push_back(V); };
+
+  for (int S = 0; S < Steps; ++S) {
+    SCOPED_TRACE(testing::Message() << "step " << S);
+    switch (Rng() % 8) {
+      case 0: case 1: case 2:
+        for (unsigned N = Rng() % 200; N > 0; --N) {
+          ASSERT_EQ(L.Push(Item(NextItem))->GetItem(), Item(NextItem));
+          Add(NextItem++);
+        }
+        break;
+      case 3: case 4: case 5:
+        for (unsigned N = Rng() % 3 ? Rng() % 200 : M.size(); N > 0 && !M.empty(); --N) {
+          ASSERT_EQ(L.Pop(), Item(M.front()));
+          M.pop_front();
+        }
+        break;
+      case 6:
+        if (Held.empty() || Rng() % 2) {
+          Held.push_back(L.NewNode());
+          Held.back()->SetItem(Item(NextItem++));
+        } else {
+          const std::size_t I = Rng() % Held.size();
+          if (Rng() % 2) {
+            Add(reinterpret_cast<std::intptr_t>(Held[I]->GetItem()));
+            L.AddNode(Held[I].release());
+          }
+          Held.erase(Held.begin() + static_cast<std::ptrdiff_t>(I));
+        }
+        break;
+      case 7:
+        if (Rng() % 8 == 0) {
+          L.Clear();
+          M.clear();
+        } else if (!Walk) {
+          Walk = L.GetEnumerator();
+        } else if (Rng() % 3 == 0) {
+          Walk.reset();
+        } else if (Walk->MoveNext()) {
+          // Pops meanwhile step the walk past the nodes they free.
+          ASSERT_NE(std::find(M.begin(), M.end(), reinterpret_cast<std::intptr_t>(Walk->GetCurrent()->GetItem())),
+                    M.end());
+        }
+        break;
+    }
+    ASSERT_EQ(L.GetCount(), static_cast<std::int32_t>(M.size()));
+    std::set<const TSQNode*> Alive;
+    for (const auto& N : Held) Alive.insert(N.get());
+    auto Expected = M.begin();
+    TSQNode* Last = nullptr;
+    for (TSQNode* N = L.GetHead(); N; Last = N, N = N->GetNext(), ++Expected) {
+      ASSERT_NE(Expected, M.end());
+      ASSERT_EQ(N->GetItem(), Item(*Expected));
+      ASSERT_TRUE(Alive.insert(N).second);
+    }
+    ASSERT_EQ(Expected, M.end());
+    ASSERT_EQ(L.GetTail(), Last);
+    for (const auto& N : Held) ASSERT_EQ(N->GetOwnerList(), nullptr);
+  }
+}
+
 }  // namespace
+
+TEST(GLinkedListModel, QueueAndStackPushPopAcrossDrains) {
+  for (unsigned R = 1; R <= 4; ++R) {
+    RunPushPopModel<TGQueue>(R, 2000);
+    RunPushPopModel<TGStack>(R, 2000);
+  }
+}
 
 TEST(GLinkedListModel, SinglyLinkedAgainstStdList) {
   for (unsigned R = 1; R <= 4; ++R) RunModel<TGLinkedList>(R, 3000);
