@@ -87,11 +87,7 @@ TGCustomLinkedList::TExact TGCustomLinkedList::FindExact() const {
 }
 
 detail::TNodePool* TGCustomLinkedList::MakeNodePool() const {
-  try {
-    FPool = new detail::TNodePool(const_cast<TGCustomLinkedList*>(this));
-  } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(SOutOfMemory);
-  }
+  FPool = new detail::TNodePool(const_cast<TGCustomLinkedList*>(this));
   return FPool;
 }
 
@@ -107,11 +103,7 @@ bool TGCustomLinkedList::InOwnStore(const TSQNode* ANode) const noexcept {
 
 void TGCustomLinkedList::PrepareAdopt(const TSQNode* ANode) {
   if (FSpareRecord || InOwnStore(ANode)) return;
-  try {
-    FSpareRecord = new detail::TOwnRecord{};
-  } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(SOutOfMemory);
-  }
+  FSpareRecord = new detail::TOwnRecord{};
 }
 
 void TGCustomLinkedList::Adopt(TSQNode* ANode) noexcept {
@@ -152,12 +144,8 @@ void TGCustomLinkedList::DropRecord(detail::TOwnRecord* Record) noexcept {
 }
 
 void TGCustomLinkedList::Keep(TSQNode* ANode) {
-  try {
-    FKept.push_back(ANode);
-    NoteWatcher(wKept, true);
-  } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(SOutOfMemory);
-  }
+  FKept.push_back(ANode);
+  NoteWatcher(wKept, true);
 }
 
 void TGCustomLinkedList::NodeLeaving(TSQNode* ANode) noexcept {

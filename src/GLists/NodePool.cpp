@@ -26,12 +26,7 @@ void* TNodePool::AllocateSlow(std::size_t Size, TNodePool* Pool, std::uintptr_t 
       Pool->Grow(Class);
     return Allocate(Size, Pool, Marks);
   }
-  std::byte* Memory;
-  try {
-    Memory = static_cast<std::byte*>(::operator new(Size + GlobalHeaderSize));
-  } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(Runtime::SOutOfMemory);
-  }
+  auto* Memory = static_cast<std::byte*>(::operator new(Size + GlobalHeaderSize));
   void** Slot = reinterpret_cast<void**>(Memory + GlobalHeaderSize) - 1;
   *Slot = nullptr;
   return Slot + 1;
@@ -99,12 +94,8 @@ void TNodePool::Grow(std::size_t Class) {
   // Doubling chunks up to a cap: few allocations while a list grows, bounded waste after.
   std::size_t Slots = FCarved[Class] < FirstChunkSlots ? FirstChunkSlots : FCarved[Class];
   if (Slots > MaxChunkSlots) Slots = MaxChunkSlots;
-  try {
-    FChunks.reserve(FChunks.size() + 1);
-    FChunks.push_back(TChunk{std::unique_ptr<std::byte[]>(new std::byte[Slots * SlotSize]), Slots * SlotSize, Class});
-  } catch (const std::bad_alloc&) {
-    throw EOutOfMemory(Runtime::SOutOfMemory);
-  }
+  FChunks.reserve(FChunks.size() + 1);
+  FChunks.push_back(TChunk{std::unique_ptr<std::byte[]>(new std::byte[Slots * SlotSize]), Slots * SlotSize, Class});
   std::byte* Memory = FChunks.back().Memory.get();
   // A slot's word is a live node's only mark, so the words of slots not carved yet must not
   // hold one by chance.
