@@ -355,11 +355,12 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   }
 
  protected:
-  /// GetBucketIndex(Key, Hash(Key)), choosing the comparer once.
+  /// The bucket holding Key, or a negative number when it is absent (a lookup needs no
+  /// insertion point), choosing the comparer once.
   std::int32_t Locate(const K& Key) const {
     if (FDefaultComparer) [[likely]]
-      return Search<true>(Key, StoredHash(Generics::detail::DefaultHashCode(Key)));
-    return Search<false>(Key, StoredHash(FComparer->GetHashCode(Key)));
+      return Search<true, false>(Key, StoredHash(Generics::detail::DefaultHashCode(Key)));
+    return Search<false, false>(Key, StoredHash(FComparer->GetHashCode(Key)));
   }
   std::unique_ptr<TKZEnumerator<TPairType>> DoGetEnumerator() const override { return GetEnumerator(); }
 
@@ -497,7 +498,7 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   // The bucket search, one copy per comparer kind so that the default one makes no call and
   // keeps its state in registers. Most searches end in the home group; the rest go on in
   // SearchOn, which also answers for a table without buckets or without a free one.
-  template <bool Inline>
+  template <bool Inline, bool InsertionPoint = true>
   std::int32_t Search(const K& Key, std::int32_t HashCode) const {
     using Tags = detail::TBucketTags;
     const TItem* Items = FItems.data();
@@ -508,16 +509,25 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     if (FFetchEarly) __builtin_prefetch(Items + Home);
 #endif
     const Tags::TGroup Group = Tags::Load(FTagData + Home);
-    const Tags::TBits Free = Tags::Free(Group);
-    // The run ends at the first free bucket: later matches belong to other runs.
-    for (Tags::TBits Match = Tags::Matching(Group, Tags::Of(HashCode)) & (Free ^ (Free - 1)); Match != 0;
-         Match &= Match - 1) {
+    Tags::TBits Match = Tags::Matching(Group, Tags::Of(HashCode));
+    if constexpr (!Inline) {
+      // The run ends at the first free bucket: later matches belong to other runs, whose keys
+      // a comparer must not be asked about.
+      const Tags::TBits Free = Tags::Free(Group);
+      Match &= Free ^ (Free - 1);
+    }
+    // The default comparer may see a match past the run's end: no entry lies beyond the first
+    // free bucket after its home, so such a key is never Key, and skipping the run mask saves
+    // work on every hit. Equal integers have equal hashes, so those skip the stored hash too.
+    constexpr bool KeyDecides = Inline && std::is_integral_v<K>;
+    for (; Match != 0; Match &= Match - 1) {
       const std::uint32_t J = Home + Tags::Position(Match);
-      if (Items[J].HashCode == HashCode && KeyEquals<Inline>(Items[J].Key, Key)) [[likely]]
+      if ((KeyDecides || Items[J].HashCode == HashCode) && KeyEquals<Inline>(Items[J].Key, Key)) [[likely]]
         return static_cast<std::int32_t>(J);
     }
+    const Tags::TBits Free = Tags::Free(Group);
     if (Free != 0) [[likely]]
-      return ~static_cast<std::int32_t>(Home + Tags::Position(Free));
+      return InsertionPoint ? ~static_cast<std::int32_t>(Home + Tags::Position(Free)) : -1;
     return SearchOn<Inline>(Key, HashCode, Home);
   }
   // Past the home group, group by group, until a free bucket or back at Home having visited
