@@ -384,11 +384,10 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   /// Removes Key by shifting later entries of its probe run back into the gap; V{} when
   /// absent (and nothing told).
   virtual V DoRemove(const K& Key, std::int32_t HashCode, TKZNotifyAction Action) {
-#if defined(__GNUC__)
-    // A removal mostly finds its key, near its home bucket: fetch that while the tags come.
-    __builtin_prefetch(FItems.data() + (static_cast<std::uint32_t>(HashCode) & FMask));
-#endif
-    const std::int32_t Index = GetBucketIndex(Key, HashCode);
+    // A removal mostly finds its key, near its home bucket: the search fetches that while the
+    // tags come, whatever the table's size.
+    const std::int32_t Index =
+        FDefaultComparer ? Search<true, false, true>(Key, HashCode) : Search<false, false, true>(Key, HashCode);
     if (Index < 0) return V{};
     const std::uint32_t Mask = FMask;
     TItem* Items = FItems.data();
@@ -498,7 +497,7 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   // The bucket search, one copy per comparer kind so that the default one makes no call and
   // keeps its state in registers. Most searches end in the home group; the rest go on in
   // SearchOn, which also answers for a table without buckets or without a free one.
-  template <bool Inline, bool InsertionPoint = true>
+  template <bool Inline, bool InsertionPoint = true, bool FetchHome = false>
   std::int32_t Search(const K& Key, std::int32_t HashCode) const {
     using Tags = detail::TBucketTags;
     const TItem* Items = FItems.data();
@@ -506,7 +505,7 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
 #if defined(__GNUC__)
     // Far beyond the caches, reading the tags and then the bucket would wait twice for memory:
     // fetch the home bucket, where a present key mostly sits, while the tags come.
-    if (FFetchEarly) __builtin_prefetch(Items + Home);
+    if (FetchHome || FFetchEarly) __builtin_prefetch(Items + Home);
 #endif
     const Tags::TGroup Group = Tags::Load(FTagData + Home);
     Tags::TBits Match = Tags::Matching(Group, Tags::Of(HashCode));
