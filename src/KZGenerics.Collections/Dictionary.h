@@ -509,15 +509,16 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
 #endif
     const Tags::TGroup Group = Tags::Load(FTagData + Home);
     Tags::TBits Match = Tags::Matching(Group, Tags::Of(HashCode));
-    if constexpr (!Inline) {
-      // The run ends at the first free bucket: later matches belong to other runs, whose keys
-      // a comparer must not be asked about.
+    // The run ends at the first free bucket: later matches belong to other runs, whose keys a
+    // comparer must not be asked about. The default comparer may look at them in a table
+    // within the caches (no entry lies beyond the first free bucket after its home, so such a
+    // key is never Key), which saves work on every hit; far beyond the caches the bucket read
+    // costs a missing key more than the mask.
+    if (!Inline || FFetchEarly) {
       const Tags::TBits Free = Tags::Free(Group);
       Match &= Free ^ (Free - 1);
     }
-    // The default comparer may see a match past the run's end: no entry lies beyond the first
-    // free bucket after its home, so such a key is never Key, and skipping the run mask saves
-    // work on every hit. Equal integers have equal hashes, so those skip the stored hash too.
+    // Equal integers have equal hashes, so with the default comparer the key alone decides.
     constexpr bool KeyDecides = Inline && std::is_integral_v<K>;
     for (; Match != 0; Match &= Match - 1) {
       const std::uint32_t J = Home + Tags::Position(Match);
