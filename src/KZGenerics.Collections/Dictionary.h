@@ -355,11 +355,12 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   }
 
  protected:
-  /// GetBucketIndex(Key, Hash(Key)), choosing the comparer once.
+  /// The bucket holding Key, or a negative number when it is absent (a lookup needs no
+  /// insertion point), choosing the comparer once.
   std::int32_t Locate(const K& Key) const {
     if (FDefaultComparer) [[likely]]
-      return Search<true>(Key, StoredHash(Generics::detail::DefaultHashCode(Key)));
-    return Search<false>(Key, StoredHash(FComparer->GetHashCode(Key)));
+      return Search<true, false>(Key, StoredHash(Generics::detail::DefaultHashCode(Key)));
+    return Search<false, false>(Key, StoredHash(FComparer->GetHashCode(Key)));
   }
   std::unique_ptr<TKZEnumerator<TPairType>> DoGetEnumerator() const override { return GetEnumerator(); }
 
@@ -383,11 +384,10 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   /// Removes Key by shifting later entries of its probe run back into the gap; V{} when
   /// absent (and nothing told).
   virtual V DoRemove(const K& Key, std::int32_t HashCode, TKZNotifyAction Action) {
-#if defined(__GNUC__)
-    // A removal mostly finds its key, near its home bucket: fetch that while the tags come.
-    __builtin_prefetch(FItems.data() + (static_cast<std::uint32_t>(HashCode) & FMask));
-#endif
-    const std::int32_t Index = GetBucketIndex(Key, HashCode);
+    // A removal mostly finds its key, near its home bucket: the search fetches that while the
+    // tags come, whatever the table's size.
+    const std::int32_t Index =
+        FDefaultComparer ? Search<true, false, true>(Key, HashCode) : Search<false, false, true>(Key, HashCode);
     if (Index < 0) return V{};
     const std::uint32_t Mask = FMask;
     TItem* Items = FItems.data();
@@ -497,7 +497,7 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   // The bucket search, one copy per comparer kind so that the default one makes no call and
   // keeps its state in registers. Most searches end in the home group; the rest go on in
   // SearchOn, which also answers for a table without buckets or without a free one.
-  template <bool Inline>
+  template <bool Inline, bool InsertionPoint = true, bool FetchHome = false>
   std::int32_t Search(const K& Key, std::int32_t HashCode) const {
     using Tags = detail::TBucketTags;
     const TItem* Items = FItems.data();
@@ -505,19 +505,29 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
 #if defined(__GNUC__)
     // Far beyond the caches, reading the tags and then the bucket would wait twice for memory:
     // fetch the home bucket, where a present key mostly sits, while the tags come.
-    if (FFetchEarly) __builtin_prefetch(Items + Home);
+    if (FetchHome || FFetchEarly) __builtin_prefetch(Items + Home);
 #endif
     const Tags::TGroup Group = Tags::Load(FTagData + Home);
-    const Tags::TBits Free = Tags::Free(Group);
-    // The run ends at the first free bucket: later matches belong to other runs.
-    for (Tags::TBits Match = Tags::Matching(Group, Tags::Of(HashCode)) & (Free ^ (Free - 1)); Match != 0;
-         Match &= Match - 1) {
+    Tags::TBits Match = Tags::Matching(Group, Tags::Of(HashCode));
+    // The run ends at the first free bucket: later matches belong to other runs, whose keys a
+    // comparer must not be asked about. The default comparer may look at them in a table
+    // within the caches (no entry lies beyond the first free bucket after its home, so such a
+    // key is never Key), which saves work on every hit; far beyond the caches the bucket read
+    // costs a missing key more than the mask.
+    if (!Inline || FFetchEarly) {
+      const Tags::TBits Free = Tags::Free(Group);
+      Match &= Free ^ (Free - 1);
+    }
+    // Equal integers have equal hashes, so with the default comparer the key alone decides.
+    constexpr bool KeyDecides = Inline && std::is_integral_v<K>;
+    for (; Match != 0; Match &= Match - 1) {
       const std::uint32_t J = Home + Tags::Position(Match);
-      if (Items[J].HashCode == HashCode && KeyEquals<Inline>(Items[J].Key, Key)) [[likely]]
+      if ((KeyDecides || Items[J].HashCode == HashCode) && KeyEquals<Inline>(Items[J].Key, Key)) [[likely]]
         return static_cast<std::int32_t>(J);
     }
+    const Tags::TBits Free = Tags::Free(Group);
     if (Free != 0) [[likely]]
-      return ~static_cast<std::int32_t>(Home + Tags::Position(Free));
+      return InsertionPoint ? ~static_cast<std::int32_t>(Home + Tags::Position(Free)) : -1;
     return SearchOn<Inline>(Key, HashCode, Home);
   }
   // Past the home group, group by group, until a free bucket or back at Home having visited

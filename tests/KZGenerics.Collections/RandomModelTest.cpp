@@ -25,6 +25,7 @@ void CheckStructure(const TKZHashTable<int, int>& T, const std::unordered_map<in
     ASSERT_NE(Found, nullptr) << K;
     ASSERT_EQ(*Found, V);
   }
+  for (int K = -150; K < 150; ++K) ASSERT_EQ(T.ContainsKey(K), M.count(K) > 0) << K;
   const auto& Items = T.GetItems();
   const auto Length = static_cast<std::uint32_t>(Items.size());
   std::vector<int> Order;
