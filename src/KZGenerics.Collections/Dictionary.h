@@ -20,6 +20,7 @@
 
 #include "KZGenerics.Collections/Messages.h"
 #include "Runtime/Generics.h"
+#include "Runtime/OutOfMemory.h"
 #include "Runtime/Persistent.h"
 
 namespace kz {
@@ -436,16 +437,14 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     if (NewLength == GetBucketCount()) return;
     std::vector<TItem> NewItems;
     std::vector<std::uint8_t> NewTags;
-    try {
+    detail::RaiseOutOfMemoryAsError([&] {
       NewItems.resize(static_cast<std::size_t>(NewLength));
       if (NewLength != 0) {
         NewTags.assign(static_cast<std::size_t>(NewLength) + detail::TBucketTags::GroupWidth - 1,
                        detail::TBucketTags::EndTag);
         std::fill_n(NewTags.begin(), NewLength, detail::TBucketTags::FreeTag);
       }
-    } catch (const std::bad_alloc&) {
-      throw EOutOfMemory(Runtime::SOutOfMemory);
-    }
+    });
     NewItems.swap(FItems);
     NewTags.swap(FTags);
     FTagData = NewLength == 0 ? detail::TBucketTags::NoBuckets : FTags.data();
