@@ -351,9 +351,7 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   /// The bucket holding Key, or the complement of the free bucket where it would go; the
   /// smallest int32 when there are no buckets, or when SetCapacity(Count) has filled every
   /// bucket and Key is absent (adds grow before they search, so they always find room).
-  std::int32_t GetBucketIndex(const K& Key, std::int32_t HashCode) const {
-    return FDefaultComparer ? Search<true>(Key, HashCode) : Search<false>(Key, HashCode);
-  }
+  std::int32_t GetBucketIndex(const K& Key, std::int32_t HashCode) const { return SearchAny<true>(Key, HashCode); }
 
  protected:
   /// The bucket holding Key, or a negative number when it is absent (a lookup needs no
@@ -387,8 +385,7 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   virtual V DoRemove(const K& Key, std::int32_t HashCode, TKZNotifyAction Action) {
     // A removal mostly finds its key, near its home bucket: the search fetches that while the
     // tags come, whatever the table's size.
-    const std::int32_t Index =
-        FDefaultComparer ? Search<true, false, true>(Key, HashCode) : Search<false, false, true>(Key, HashCode);
+    const std::int32_t Index = SearchAny<false, true>(Key, HashCode);
     if (Index < 0) return V{};
     const std::uint32_t Mask = FMask;
     TItem* Items = FItems.data();
@@ -496,6 +493,12 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   // The bucket search, one copy per comparer kind so that the default one makes no call and
   // keeps its state in registers. Most searches end in the home group; the rest go on in
   // SearchOn, which also answers for a table without buckets or without a free one.
+  // Search with the comparer chosen once.
+  template <bool InsertionPoint, bool FetchHome = false>
+  std::int32_t SearchAny(const K& Key, std::int32_t HashCode) const {
+    return FDefaultComparer ? Search<true, InsertionPoint, FetchHome>(Key, HashCode)
+                            : Search<false, InsertionPoint, FetchHome>(Key, HashCode);
+  }
   template <bool Inline, bool InsertionPoint = true, bool FetchHome = false>
   std::int32_t Search(const K& Key, std::int32_t HashCode) const {
     using Tags = detail::TBucketTags;
