@@ -129,14 +129,14 @@ struct TObjectRules {
   template <class S, class C>
   static auto* PushUp(std::vector<S>& H, THeapOrder Order, std::int32_t I, const C& Cmp) {
     return WithFlag(Order == hpIncreasing, [&](auto Increasing) {
-      constexpr THeapOrder O = Increasing ? hpIncreasing : hpDecreasing;
+      constexpr THeapOrder O = decltype(Increasing)::value ? hpIncreasing : hpDecreasing;
       return SiftUp(H, I, [&](const S& P, const S& K) { return After(O, Cmp(FItem::Of(P), FItem::Of(K))); });
     });
   }
   template <class S, class C>
   static auto* PushDown(std::vector<S>& H, THeapOrder Order, std::int32_t I, const C& Cmp, bool FromBottom = false) {
     return WithFlag(Order == hpIncreasing, [&](auto Increasing) {
-      constexpr THeapOrder O = Increasing ? hpIncreasing : hpDecreasing;
+      constexpr THeapOrder O = decltype(Increasing)::value ? hpIncreasing : hpDecreasing;
       auto TakeRight = [&](const S& R, const S& L) { return !After(O, Cmp(FItem::Of(R), FItem::Of(L))); };
       auto MoveUp = [&](const S& K, const S& X) { return Before(O, Cmp(FItem::Of(K), FItem::Of(X))); };
       if (FromBottom) return SiftDownFromBottom<FItem>(H, I, TakeRight, MoveUp);
@@ -163,7 +163,7 @@ struct TSlotItem {
   static TObject* Of(const S& Slot) {
     return Slot.Key.Item;
   }
-  // The items two levels down are what the comparisons after the next will read.
+  // The items a few levels down are what the comparisons after the next will read.
   template <class S>
   static void Touch(const S& Slot) {
     __builtin_prefetch(Slot.Key.Item);
