@@ -22,7 +22,7 @@ using detail::SiftUp;
 using detail::TakeOut;
 using detail::TNoLookAhead;
 using detail::TElementPool;
-using detail::WithIndexWrites;
+using detail::WithFlag;
 
 namespace {
 
@@ -57,7 +57,7 @@ struct TNumeric {
   template <class S>
   static THeapElement* PushUp(std::vector<S>& H, THeapOrder Order, std::int32_t I, bool Write) {
     // Stops when the parent is not after the child, as written (<= / >=).
-    return WithIndexWrites(Write, [&](auto W) -> THeapElement* {
+    return WithFlag(Write, [&](auto W) -> THeapElement* {
       if (Order == hpIncreasing)
         return SiftUp<decltype(W)::value>(H, I, [](const S& P, const S& C) { return !(Key(P) <= Key(C)); });
       return SiftUp<decltype(W)::value>(H, I, [](const S& P, const S& C) { return !(Key(P) >= Key(C)); });
@@ -67,7 +67,7 @@ struct TNumeric {
   template <class S>
   static THeapElement* PushDown(std::vector<S>& H, THeapOrder Order, std::int32_t I, bool Write) {
     // The right child only when strictly before the left one; a move only when strictly before.
-    return WithIndexWrites(Write, [&](auto W) -> THeapElement* {
+    return WithFlag(Write, [&](auto W) -> THeapElement* {
       if (Order == hpIncreasing) {
         auto Lt = [](const S& A, const S& B) { return Key(A) < Key(B); };
         return SiftDown<TNoLookAhead, decltype(W)::value>(H, I, Lt, Lt);
@@ -125,16 +125,23 @@ struct TNumeric {
 // what Cmp compares: the slot's key (object heaps) or the element's reference (interface heap).
 template <class FItem>
 struct TObjectRules {
+  // The sifts are compiled per order, so that no level tests the order again.
   template <class S, class C>
-  static auto* PushUp(std::vector<S>& H, THeapOrder O, std::int32_t I, const C& Cmp) {
-    return SiftUp(H, I, [&](const S& P, const S& K) { return After(O, Cmp(FItem::Of(P), FItem::Of(K))); });
+  static auto* PushUp(std::vector<S>& H, THeapOrder Order, std::int32_t I, const C& Cmp) {
+    return WithFlag(Order == hpIncreasing, [&](auto Increasing) {
+      constexpr THeapOrder O = decltype(Increasing)::value ? hpIncreasing : hpDecreasing;
+      return SiftUp(H, I, [&](const S& P, const S& K) { return After(O, Cmp(FItem::Of(P), FItem::Of(K))); });
+    });
   }
   template <class S, class C>
-  static auto* PushDown(std::vector<S>& H, THeapOrder O, std::int32_t I, const C& Cmp, bool FromBottom = false) {
-    auto TakeRight = [&](const S& R, const S& L) { return !After(O, Cmp(FItem::Of(R), FItem::Of(L))); };
-    auto MoveUp = [&](const S& K, const S& X) { return Before(O, Cmp(FItem::Of(K), FItem::Of(X))); };
-    if (FromBottom) return SiftDownFromBottom<FItem>(H, I, TakeRight, MoveUp);
-    return SiftDown<FItem>(H, I, TakeRight, MoveUp);
+  static auto* PushDown(std::vector<S>& H, THeapOrder Order, std::int32_t I, const C& Cmp, bool FromBottom = false) {
+    return WithFlag(Order == hpIncreasing, [&](auto Increasing) {
+      constexpr THeapOrder O = decltype(Increasing)::value ? hpIncreasing : hpDecreasing;
+      auto TakeRight = [&](const S& R, const S& L) { return !After(O, Cmp(FItem::Of(R), FItem::Of(L))); };
+      auto MoveUp = [&](const S& K, const S& X) { return Before(O, Cmp(FItem::Of(K), FItem::Of(X))); };
+      if (FromBottom) return SiftDownFromBottom<FItem>(H, I, TakeRight, MoveUp);
+      return SiftDown<FItem>(H, I, TakeRight, MoveUp);
+    });
   }
   template <class S, class T, class C>
   static std::int32_t IndexOf(const std::vector<S>& H, THeapOrder O, const T& Item, const C& Cmp) {
@@ -156,7 +163,7 @@ struct TSlotItem {
   static TObject* Of(const S& Slot) {
     return Slot.Key.Item;
   }
-  // The items two levels down are what the comparisons after the next will read.
+  // The items a few levels down are what the comparisons after the next will read.
   template <class S>
   static void Touch(const S& Slot) {
     __builtin_prefetch(Slot.Key.Item);
@@ -478,6 +485,7 @@ void THeap::Assign(TPersistent* Source) {
   inherited::Assign(Source);
   if (auto* Other = dynamic_cast<THeap*>(Source); Other && Other != this) {
     FCompare = Other->FCompare;
+    FPlainCompare = Other->FPlainCompare;
     CopyOrdered(*Other);
   }
 }
@@ -492,15 +500,19 @@ std::int32_t THeap::Compare(TObject* A, TObject* B) const {
   return FCompare(A, B);
 }
 
+THeap::TPlainCompare THeap::PlainCompare(const TCompareFunc& Compare) {
+  const TPlainCompare* Target = Compare.target<TPlainCompare>();
+  return Target ? *Target : nullptr;
+}
+
 // Runs Run(Cmp) with a comparison that calls a plain function held by FCompare directly,
 // saving the indirection of the wrapper on every step of a sift; anything else, including
 // no comparison at all, goes through Compare.
 template <class F>
 decltype(auto) THeap::WithCompare(F&& Run) const {
-  using TFunction = std::int32_t (*)(TObject*, TObject*);
-  if (const TFunction* Target = FCompare.target<TFunction>(); Target && *Target) {
+  if (const TPlainCompare Fn = FPlainCompare) {
     const TRestoreValue Busy(FComparing, true);
-    return Run([Fn = *Target](TObject* A, TObject* B) { return Fn(A, B); });
+    return Run([Fn](TObject* A, TObject* B) { return Fn(A, B); });
   }
   return Run([this](TObject* A, TObject* B) { return Compare(A, B); });
 }

@@ -205,7 +205,10 @@ class THeap : public TCustomHeap {
  public:
   THeap() { TrackOrder(); }
   explicit THeap(THeapElementClass ElementClass) : TCustomHeap(ElementClass) { TrackOrder(); }
-  explicit THeap(TCompareFunc CompareFunc) : FCompare(std::move(CompareFunc)) { TrackOrder(); }
+  explicit THeap(TCompareFunc CompareFunc)
+      : FCompare(std::move(CompareFunc)), FPlainCompare(PlainCompare(FCompare)) {
+    TrackOrder();
+  }
 
   /// As TCustomHeap::Assign; also takes the comparison of a THeap source.
   void Assign(TPersistent* Source) override;
@@ -226,7 +229,11 @@ class THeap : public TCustomHeap {
   void CheckCompare() const;
   template <class F>
   decltype(auto) WithCompare(F&& Run) const;
+  using TPlainCompare = std::int32_t (*)(TObject*, TObject*);
+  /// The plain function Compare holds, or null (no comparison, or any other callable).
+  static TPlainCompare PlainCompare(const TCompareFunc& Compare);
   TCompareFunc FCompare;
+  TPlainCompare FPlainCompare = nullptr;  // looked up once, not on every sift
 };
 
 /// A heap ordered by the elements' 32-bit priorities (elements are TIntHeapElement or

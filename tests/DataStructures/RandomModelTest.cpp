@@ -256,6 +256,35 @@ TEST(HeapRandomModel, BottomUpSiftMovesAsThePlainSift) {
       EXPECT_LT(Calls[0] * 10, Calls[1] * 9);
     }
   }
+  // Deep enough for what the bottom-up sift asks for ahead below its first levels, in both
+  // orders, with a plain function (called directly) against the plain sift through a wrapper.
+  for (const THeapOrder Order : {hpIncreasing, hpDecreasing}) {
+    SCOPED_TRACE(testing::Message() << "deep, order " << int(Order));
+    std::mt19937 Rng(7 + Order);
+    std::vector<std::unique_ptr<TVal>> Items;
+    THeap Fast(CompareVals), Plain(TCompareFunc([](TObject* A, TObject* B) { return CompareVals(A, B); }));
+    for (THeap* H : {&Fast, &Plain}) H->SetOrder(Order);
+    auto Same = [&] {
+      ASSERT_EQ(Fast.GetCount(), Plain.GetCount());
+      for (std::int32_t I = 0; I < Fast.GetCount(); ++I) {
+        ASSERT_EQ(Fast.GetItem(I), Plain.GetItem(I)) << "at " << I;
+        ASSERT_EQ(Fast.GetElement(I)->GetIndex(), I);
+      }
+    };
+    for (int Step = 0; Step < 30000; ++Step) {
+      if (Plain.GetCount() >= 2)
+        for (std::int32_t I : {0, Plain.GetCount() - 1}) Plain.GetElement(I)->SetItem(Plain.GetItem(I));
+      if (Fast.GetCount() == 0 || (Step < 20000) == (Rng() % 4 != 0)) {
+        TVal* Item = Items.emplace_back(std::make_unique<TVal>(static_cast<std::int32_t>(Rng() % 64))).get();
+        for (THeap* H : {&Fast, &Plain}) H->Add(Item);
+      } else {
+        ASSERT_EQ(Fast.Delete(0), Plain.Delete(0));
+      }
+      if (Step % 2500 == 0) Same();
+    }
+    Same();
+    while (Fast.GetCount() > 0) ASSERT_EQ(Fast.Delete(0), Plain.Delete(0));
+  }
 }
 
 }  // namespace
