@@ -19,12 +19,12 @@ class TGQueue : public TGCustomLinkedList {
  public:
   /// Top, then Delete(Head): the node is freed, the item answered.
   [[nodiscard]] virtual TObject* Pop() {
-    if (KnownExact() >= TExact::Queue && CanPopInline()) return PopInline();
+    if (InlineKind() != TExact::Unknown && CanPopInline()) return PopInline();
     return PopAny();
   }
   /// NewNode, AddNode, then the node's item is set (so OnChange sees an empty node).
   virtual TSQNode* Push(TObject* Value) {
-    if (const TExact Kind = KnownExact(); Kind >= TExact::Queue) return PushNewNode(Value, Kind == TExact::Stack);
+    if (const TExact Kind = InlineKind(); Kind != TExact::Unknown) return PushInline(Value, Kind == TExact::Stack);
     return PushAny(Value);
   }
   /// The head's item.

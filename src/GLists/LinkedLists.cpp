@@ -67,6 +67,7 @@ void TSQStringNode::Assign(TPersistent* Source) {
 
 TGCustomLinkedList::~TGCustomLinkedList() {
   FOnChange = nullptr;
+  NoteInline();
   FreeAll();
   for (TGCustomLinkedListEnumerator* E = FEnumerators; E; E = E->FNextEnum) E->FList = nullptr;
   delete FSpareRecord;
@@ -83,11 +84,13 @@ TGCustomLinkedList::TExact TGCustomLinkedList::FindExact() const {
     FExact = TExact::List;
   else
     FExact = TExact::Other;
+  NoteInline();
   return FExact;
 }
 
 detail::TNodePool* TGCustomLinkedList::MakeNodePool() const {
   FPool = new detail::TNodePool(const_cast<TGCustomLinkedList*>(this));
+  NoteInline();
   return FPool;
 }
 

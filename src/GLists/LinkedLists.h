@@ -131,7 +131,10 @@ class TGCustomLinkedList : public TPersistent {
   [[nodiscard]] TSQNode* GetHead() const { return FHead; }
   [[nodiscard]] TSQNode* GetTail() const { return FTail; }
   const TNotifyEvent& GetOnChange() const { return FOnChange; }
-  void SetOnChange(TNotifyEvent Handler) { FOnChange = std::move(Handler); }
+  void SetOnChange(TNotifyEvent Handler) {
+    FOnChange = std::move(Handler);
+    NoteInline();
+  }
 
   /// A fresh enumerator of the nodes, independent of the cursor.
   [[nodiscard]] std::unique_ptr<TGCustomLinkedListEnumerator> GetEnumerator();
@@ -141,8 +144,13 @@ class TGCustomLinkedList : public TPersistent {
   /// a TSQNode from the store, linked as Insert would, Change, then the item. In line while
   /// no OnChange handler could see the empty node.
   TSQNode* PushNewNode(TObject* Value, bool AtHead) {
+    if (FOnChange || !FPool) return PushNewNodeSlow(Value, AtHead);
+    return PushInline(Value, AtHead);
+  }
+  /// PushNewNode once InlineKind said so.
+  TSQNode* PushInline(TObject* Value, bool AtHead) {
     TSQNode* Before = AtHead ? FHead : nullptr;
-    if (FOnChange || !FPool || (Before && FCount == 0)) return PushNewNodeSlow(Value, AtHead);
+    if (Before && FCount == 0) return PushNewNodeSlow(Value, AtHead);
     void* Memory = detail::TNodePool::Allocate(sizeof(TSQNode), FPool, detail::OwnStore | detail::OwnPlain);
     auto* Node = ::new (Memory) TSQNode();
     Node->FItem = Value;
@@ -151,13 +159,12 @@ class TGCustomLinkedList : public TPersistent {
     FLastAccessedIndex = -1;
     return Node;
   }
-  /// Whether Top and Delete(Head) of this exact TGQueue or TGStack may go in line: the head
-  /// is a plain TSQNode of the list's own store that nothing else watches.
+  /// Whether Top and Delete(Head) may go in line once InlineKind said so: the head is a
+  /// plain TSQNode of the list's own store.
   bool CanPopInline() const {
     const TSQNode* N = FHead;
-    return FCount != 0 && N && !FWatched &&
-           detail::TNodePool::Word(N) == (reinterpret_cast<std::uintptr_t>(FPool) | detail::OwnStore | detail::OwnPlain) &&
-           N != FFresh;
+    return FCount != 0 && N &&
+           detail::TNodePool::Word(N) == (reinterpret_cast<std::uintptr_t>(FPool) | detail::OwnStore | detail::OwnPlain);
   }
   /// Top, then Delete(Head), once CanPopInline said so.
   TObject* PopInline() {
@@ -170,7 +177,8 @@ class TGCustomLinkedList : public TPersistent {
     FPool->FreeHeld(N, sizeof(TSQNode));
     --FCount;
     FLastAccessedNode = FHead;
-    Changed();
+    // Change, with no handler to call.
+    FLastAccessedIndex = -1;
     return Result;
   }
   /// Delete(FHead) without its virtual calls, for a list whose Delete, Find and Change are
@@ -181,8 +189,10 @@ class TGCustomLinkedList : public TPersistent {
   /// whose targets are then known.
   enum class TExact : std::int8_t { Unknown, Other, List, Queue, Stack };
   TExact Exact() const { return FExact != TExact::Unknown ? FExact : FindExact(); }
-  /// Exact() once it has been asked, else Unknown: one load for the hot paths.
-  TExact KnownExact() const { return FExact; }
+  /// The in-line push and pop's one test: Queue or Stack while this is an exact TGQueue or
+  /// TGStack that has its store, no OnChange handler, no watcher and no node being added
+  /// (once Exact() has been asked), else Unknown.
+  TExact InlineKind() const { return FInline; }
   /// Forgets the cursor index (always), then fires OnChange unless inside an update.
   virtual void Change();
   /// What this class's Change does, for callers that know Change is not overridden.
@@ -279,17 +289,23 @@ class TGCustomLinkedList : public TPersistent {
   TGCustomLinkedListEnumerator* FEnumerators = nullptr;
   mutable detail::TNodePool* FPool = nullptr;
   mutable TExact FExact = TExact::Unknown;
+  mutable TExact FInline = TExact::Unknown;  // see InlineKind; kept by NoteInline
   // The node that code of this list is adding (see detail::TFreshNode), and whether the
   // list has adopted and freed it since.
   enum : std::uint8_t { fsAdopted = 1, fsFreed = 2 };
   const TSQNode* FFresh = nullptr;
   std::uint8_t FFreshState = 0;
   // A bit each for a live enumerator and for kept nodes: while either is set, pops take the
-  // general path. One byte so that the in-line pop tests both with one load.
+  // general path.
   enum : std::uint8_t { wEnumerators = 1, wKept = 2 };
   std::uint8_t FWatched = 0;
   void NoteWatcher(std::uint8_t Bit, bool On) noexcept {
     FWatched = static_cast<std::uint8_t>(On ? FWatched | Bit : FWatched & ~Bit);
+    NoteInline();
+  }
+  /// Called wherever what InlineKind depends on changes.
+  void NoteInline() const noexcept {
+    FInline = FExact >= TExact::Queue && FPool && !FOnChange && !FWatched && !FFresh ? FExact : TExact::Unknown;
   }
 };
 

@@ -252,6 +252,14 @@ class TWideElement : public TIntHeapElement {
   char Pad[100] = {};
 };
 
+// An element class too large for the slab's in-line sizes.
+class THugeElement : public TIntHeapElement {
+  KZ_CLASS(THugeElement, TIntHeapElement)
+ public:
+  using TIntHeapElement::TIntHeapElement;
+  char Pad[400] = {};
+};
+
 TEST(Heaps, StalePointersAreRefusedWithoutBeingRead) {
   TVal A(1), B(2);
   auto Gone = std::make_unique<TIntHeap>();
@@ -284,6 +292,19 @@ TEST(Heaps, StalePointersAreRefusedWithoutBeingRead) {
   EXPECT_THROW(Drained.Delete(Second), EInvalidOperation);
   EXPECT_EQ(Drained.Add(&A, 4), Second);
   EXPECT_EQ(Drained.IndexOf(Second), 1);
+
+  TIntHeap Huge(&THugeElement::ClassInfo());  // the same answers for the largest slots
+  THeapElement* HugeFirst = Huge.Add(&A, 1);
+  THeapElement* HugeSecond = Huge.Add(&B, 2);
+  EXPECT_EQ(Huge.Delete(HugeFirst), &A);
+  EXPECT_THROW(Huge.Delete(HugeFirst), EInvalidOperation);
+  EXPECT_EQ(Huge.Add(&A, 3), HugeFirst);
+  (void)Huge.Delete(0);
+  (void)Huge.Delete(0);
+  EXPECT_EQ(Huge.Add(&B, 4), HugeFirst);
+  EXPECT_THROW(Huge.Delete(HugeSecond), EInvalidOperation);
+  Huge.Clear();
+  EXPECT_THROW(Huge.Delete(HugeFirst), EInvalidOperation);
 
   TIHeap IH;
   TIHeapElement* I = IH.Add(nullptr);

@@ -102,8 +102,9 @@ void RunModel(unsigned RunNumber, int Steps) {
 
 // Bursts of pushes and pops that often drain the list (after which its store hands out its
 // slots again from the start), with nodes made by NewNode held outside the list across the
-// drains, then dropped or added, a walk left open across pops, and the odd Clear. Every node
-// alive must have its own slot.
+// drains, then dropped or added, a walk left open across pops, an OnChange handler switched on
+// and off (each push and pop tells it once), and the odd Clear. Every node alive must have its
+// own slot.
 template <class TLinked>
 void RunPushPopModel(unsigned RunNumber, int Steps) {
   constexpr bool Lifo = std::is_same_v<TLinked, TGStack>;
@@ -115,19 +116,25 @@ void RunPushPopModel(unsigned RunNumber, int Steps) {
   std::intptr_t NextItem = 1;
   auto Item = [](std::intptr_t V) { return reinterpret_cast<TObject*>(V); };
   auto Add = [&](std::intptr_t V) { Lifo ? M.push_front(V) : M.push_back(V); };
+  std::int32_t Changes = 0;
+  bool Handled = false;
 
   for (int S = 0; S < Steps; ++S) {
     SCOPED_TRACE(testing::Message() << "step " << S);
     switch (Rng() % 8) {
       case 0: case 1: case 2:
         for (unsigned N = Rng() % 200; N > 0; --N) {
+          const std::int32_t Before = Changes;
           ASSERT_EQ(L.Push(Item(NextItem))->GetItem(), Item(NextItem));
+          ASSERT_EQ(Changes - Before, Handled ? 1 : 0);
           Add(NextItem++);
         }
         break;
       case 3: case 4: case 5:
         for (unsigned N = Rng() % 3 ? Rng() % 200 : M.size(); N > 0 && !M.empty(); --N) {
+          const std::int32_t Before = Changes;
           ASSERT_EQ(L.Pop(), Item(M.front()));
+          ASSERT_EQ(Changes - Before, Handled ? 1 : 0);
           M.pop_front();
         }
         break;
@@ -145,7 +152,10 @@ void RunPushPopModel(unsigned RunNumber, int Steps) {
         }
         break;
       case 7:
-        if (Rng() % 8 == 0) {
+        if (Rng() % 5 == 0) {
+          Handled = !Handled;
+          L.SetOnChange(Handled ? TNotifyEvent([&](TObject*) { ++Changes; }) : TNotifyEvent());
+        } else if (Rng() % 8 == 0) {
           L.Clear();
           M.clear();
         } else if (!Walk) {

@@ -21,6 +21,7 @@ class TFreshNode {
     const bool Taken = FList.FFreshState & TGCustomLinkedList::fsAdopted;
     FList.FFresh = FSavedFresh;
     FList.FFreshState = FSavedState;
+    FList.NoteInline();
     // A node adopted by another list (a host's AddNode) belongs to that list.
     if (FOwns && !Taken && !FNode->GetOwnerList()) delete FNode;
   }
@@ -44,6 +45,7 @@ class TFreshNode {
       : FList(List), FNode(Node), FOwns(Owns), FSavedFresh(List.FFresh), FSavedState(List.FFreshState) {
     List.FFresh = Node;
     List.FFreshState = Owns ? 0 : TGCustomLinkedList::fsAdopted;
+    List.NoteInline();
   }
 
   TGCustomLinkedList& FList;
