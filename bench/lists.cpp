@@ -1,14 +1,17 @@
 // Linked containers against the standard ones: queue and stack push+pop of 1M items against
 // std::deque, the priority queue fed in priority order (its O(1) case) against
 // std::priority_queue, and an ascending Item[i] loop over 100K nodes against walking a
-// std::list (and, for scale, the queue against std::list too). Each row builds and empties its container inside the timed loop, except the
-// Item[i] rows, which read a list built once.
+// std::list (and, for scale, the queue against std::list too). Each row builds and empties its
+// container inside the timed loop, except the Item[i] rows, which read a list built once. Two
+// floor rows show what any linked queue of separate nodes costs here: the least such a queue
+// can do, with and without a class pointer and a store word per node.
 #include <benchmark/benchmark.h>
 
 #include <deque>
 #include <functional>
 #include <list>
 #include <queue>
+#include <type_traits>
 #include <vector>
 
 #include "GLists/GLists.h"
@@ -50,6 +53,67 @@ void BM_Deque_Stack_PushPop(benchmark::State& State) {
       benchmark::DoNotOptimize(D.back());
       D.pop_back();
     }
+  }
+}
+
+// The floor: a linked queue that does nothing beyond linking, with nodes carved in order from
+// one block and recycled through a free list that restarts when the queue drains. With
+// Objects, each node also carries a class pointer and a store word, as this library's do.
+template <bool Objects>
+struct TBareQueue {
+  struct TBareNode {
+    std::uintptr_t Word;
+    void* Class;
+    TObject* Item;
+    TBareNode* Next;
+  };
+  struct TSmallNode {
+    TObject* Item;
+    TSmallNode* Next;
+  };
+  using TNode = std::conditional_t<Objects, TBareNode, TSmallNode>;
+  std::vector<TNode> Block = std::vector<TNode>(PushCount);
+  std::size_t Carved = 0, Live = 0;
+  TNode *Free = nullptr, *Head = nullptr, *Tail = nullptr;
+
+  [[gnu::noinline]] void Grow() { Block.resize(Block.size() * 2); }
+  TNode* Push(TObject* Value) {
+    TNode* N = Free;
+    if (N) {
+      Free = N->Next;
+    } else {
+      if (Carved == Block.size()) Grow();
+      N = &Block[Carved++];
+    }
+    if constexpr (Objects) {
+      N->Word = reinterpret_cast<std::uintptr_t>(this) | 6;
+      N->Class = this;
+    }
+    N->Item = Value;
+    N->Next = nullptr;
+    (Tail ? Tail->Next : Head) = N;
+    Tail = N;
+    ++Live;
+    return N;
+  }
+  TObject* Pop() {
+    TNode* N = Head;
+    Head = N->Next;
+    if (N == Tail) Tail = nullptr;
+    TObject* Result = N->Item;
+    N->Next = Free;
+    Free = N;
+    if (--Live == 0) Free = nullptr, Carved = 0;
+    return Result;
+  }
+};
+
+template <bool Objects>
+void BM_Floor_Queue_PushPop(benchmark::State& State) {
+  TBareQueue<Objects> Q;
+  for (auto _ : State) {
+    for (std::intptr_t I = 0; I < PushCount; ++I) benchmark::DoNotOptimize(Q.Push(Obj(I)));
+    while (Q.Live) benchmark::DoNotOptimize(Q.Pop());
   }
 }
 
@@ -106,6 +170,8 @@ void BM_StdList_Iterate(benchmark::State& State) {
 KZ_ROW(BM_Linked_PushPop<TGQueue>);
 KZ_ROW(BM_Deque_Queue_PushPop);
 KZ_ROW(BM_StdList_Queue_PushPop);
+KZ_ROW(BM_Floor_Queue_PushPop<false>)->Name("FloorLinkedQueue16");
+KZ_ROW(BM_Floor_Queue_PushPop<true>)->Name("FloorLinkedQueue32");
 KZ_ROW(BM_Linked_PushPop<TGStack>);
 KZ_ROW(BM_Deque_Stack_PushPop);
 KZ_ROW(BM_TGPriorityQueue_InOrder);
