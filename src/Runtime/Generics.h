@@ -139,22 +139,15 @@ class IEqualityComparer : public virtual IInterface {
 
 namespace detail {
 
-// The final mixes of the 32- and 64-bit murmur hashes: every input bit affects every output
-// bit, so masking the hash to a power-of-two table size keeps the spread.
-constexpr std::uint32_t Mix32(std::uint32_t H) {
-  H ^= H >> 16;
-  H *= 0x85EBCA6Bu;
-  H ^= H >> 13;
-  H *= 0xC2B2AE35u;
-  H ^= H >> 16;
-  return H;
-}
 // One 64-bit multiply folded in half, for 32-bit integers: the high half carries every input
-// bit down into the low bits a power-of-two table keeps, at a third of Mix32's work.
+// bit down into the low bits a power-of-two table keeps, at a third of a
+// shift-multiply finaliser's work.
 constexpr std::uint32_t Fold32(std::uint32_t K) {
   const std::uint64_t P = std::uint64_t{K} * 0x9E3779B97F4A7C15ull;
   return static_cast<std::uint32_t>(P ^ (P >> 32));
 }
+// The final mix of the 64-bit murmur hash: every input bit affects every output bit, so
+// masking the hash to a power-of-two table size keeps the spread.
 constexpr std::uint32_t Mix64(std::uint64_t K) {
   K ^= K >> 33;
   K *= 0xFF51AFD7ED558CCDull;
@@ -164,25 +157,83 @@ constexpr std::uint32_t Mix64(std::uint64_t K) {
   return static_cast<std::uint32_t>(K ^ (K >> 32));
 }
 
-/// 32-bit murmur-style hash of 16-bit code units, two units per round, then the final mix.
+// The 128-bit product of A and B with its halves xored: every bit of either factor reaches the
+// middle of the product, and the fold brings those bits down to both halves. The portable form
+// gives the same value where the compiler has no 128-bit integer.
+constexpr std::uint64_t MulFold64Portable(std::uint64_t A, std::uint64_t B) {
+  const std::uint64_t ALo = A & 0xFFFFFFFFu, AHi = A >> 32, BLo = B & 0xFFFFFFFFu, BHi = B >> 32;
+  const std::uint64_t LL = ALo * BLo, LH = ALo * BHi, HL = AHi * BLo, HH = AHi * BHi;
+  const std::uint64_t Mid = (LL >> 32) + (LH & 0xFFFFFFFFu) + (HL & 0xFFFFFFFFu);
+  const std::uint64_t Lo = (Mid << 32) | (LL & 0xFFFFFFFFu);
+  const std::uint64_t Hi = HH + (LH >> 32) + (HL >> 32) + (Mid >> 32);
+  return Lo ^ Hi;
+}
+constexpr std::uint64_t MulFold64(std::uint64_t A, std::uint64_t B) {
+#if defined(__SIZEOF_INT128__)
+  __extension__ using TUInt128 = unsigned __int128;
+  const TUInt128 P = static_cast<TUInt128>(A) * B;
+  return static_cast<std::uint64_t>(P) ^ static_cast<std::uint64_t>(P >> 64);
+#else
+  return MulFold64Portable(A, B);
+#endif
+}
+
+// Code units combined by value, the first in the low bits, so every platform hashes alike.
+inline std::uint64_t Units4(const Char* P) {
+  std::uint64_t V;
+  if constexpr (std::endian::native == std::endian::little)
+    std::memcpy(&V, P, sizeof V);  // the same value, one load
+  else
+    V = std::uint64_t{P[0]} | std::uint64_t{P[1]} << 16 | std::uint64_t{P[2]} << 32 | std::uint64_t{P[3]} << 48;
+  return V;
+}
+inline std::uint32_t Units2(const Char* P) {
+  std::uint32_t V;
+  if constexpr (std::endian::native == std::endian::little)
+    std::memcpy(&V, P, sizeof V);
+  else
+    V = std::uint32_t{P[0]} | std::uint32_t{P[1]} << 16;
+  return V;
+}
+
+/// Hash of 16-bit code units: 8 units per 128-bit multiply, two independent lanes, strings of
+/// up to 8 units without a loop, the length in a last multiply folded to 32 well-mixed bits.
 /// Fixed for all platforms (units are combined by value, not by memory order).
 inline std::int32_t HashCodeUnits(const Char* Data, std::size_t Length) {
-  constexpr std::uint32_t C1 = 0xCC9E2D51u, C2 = 0x1B873593u;
-  auto Scramble = [](std::uint32_t K) { return std::rotl(K * C1, 15) * C2; };
-  std::uint32_t H = 0x9747B28Cu;
-  std::size_t i = 0;
-  for (; i + 1 < Length; i += 2) {
-    std::uint32_t Pair;
-    if constexpr (std::endian::native == std::endian::little)
-      std::memcpy(&Pair, Data + i, sizeof Pair);  // the same value, one load
-    else
-      Pair = static_cast<std::uint32_t>(Data[i]) | static_cast<std::uint32_t>(Data[i + 1]) << 16;
-    H ^= Scramble(Pair);
-    H = std::rotl(H, 13) * 5 + 0xE6546B64u;
+  constexpr std::uint64_t K0 = 0x9E3779B97F4A7C15ull, K1 = 0xBF58476D1CE4E5B9ull, K2 = 0x94D049BB133111EBull,
+                          K3 = 0xC2B2AE3D27D4EB4Full, K4 = 0x165667B19E3779F9ull, K5 = 0xD6E8FEB86659FD93ull;
+  std::uint64_t R;
+  if (Length <= 8) {
+    // Two overlapping loads cover every unit once the length is known.
+    std::uint64_t A = 0, B = 0;
+    if (Length >= 4) {
+      A = Units4(Data);
+      B = Units4(Data + Length - 4);
+    } else if (Length >= 2) {
+      A = Units2(Data);
+      B = Units2(Data + Length - 2);
+    } else if (Length == 1) {
+      A = B = Data[0];
+    }
+    R = MulFold64(A ^ K0, B ^ K1);
+  } else {
+    // Lane 0 takes the first half of each 16 units and lane 1 the second; the last 16 (or, for
+    // 9 to 16 units, the first and last 8) go through both lanes with their own constants.
+    std::uint64_t S0 = K2, S1 = K3;
+    const Char* P = Data;
+    for (std::size_t N = Length; N > 16; N -= 16, P += 16) {
+      S0 = MulFold64(Units4(P) ^ K0, Units4(P + 4) ^ S0);
+      S1 = MulFold64(Units4(P + 8) ^ K1, Units4(P + 12) ^ S1);
+    }
+    const Char* Front = Length > 16 ? Data + Length - 16 : Data;
+    const Char* Back = Data + Length - 8;
+    S0 = MulFold64(Units4(Front) ^ K4, Units4(Front + 4) ^ S0);
+    S1 = MulFold64(Units4(Back) ^ K5, Units4(Back + 4) ^ S1);
+    R = S0 ^ S1;
   }
-  if (i < Length) H ^= Scramble(Data[i]);
-  H ^= static_cast<std::uint32_t>(Length * 2);
-  return static_cast<std::int32_t>(Mix32(H));
+  // Overlapping loads read the same units for different lengths: the length goes in here.
+  const std::uint64_t F = MulFold64(R ^ K2, static_cast<std::uint64_t>(Length) ^ K3);
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(F ^ (F >> 32)));
 }
 
 template <class T>

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <set>
 #include <string>
 #include <vector>
@@ -89,4 +90,39 @@ TEST(EqualityComparer, DefaultHashesSpreadOverMaskedBuckets) {
     Steps.insert(Bucket(TEqualityComparer<std::int64_t>::Default(), std::int64_t{i} << 32));
   }
   for (const auto* Buckets : {&Names, &Ptrs, &Steps}) EXPECT_GE(Buckets->size(), 980u);
+
+  // String keys that differ little: short numbers, one unit of a 32-unit key (every position,
+  // through both lanes and the overlap of the last loads), only the length. Each set must
+  // reach nearly all of 1024 buckets and of the 128 tags a table takes from bits 24..30.
+  const auto Strings = TEqualityComparer<String>::Default();
+  std::vector<String> Numbers, OneUnit, Lengths;
+  const String Base = u"a key of thirty-two code units !";
+  for (int i = 0; i < 4096; ++i) {
+    Numbers.push_back(AsciiToString(std::to_string(i)));
+    String S = Base;
+    S[static_cast<std::size_t>(i / 128)] = static_cast<Char>(0x100 + i % 128);
+    OneUnit.push_back(S);
+    Lengths.push_back(String(static_cast<std::size_t>(i), u'a'));
+  }
+  for (const auto* Keys : {&Numbers, &OneUnit, &Lengths}) {
+    std::set<std::uint32_t> Low, Tags;
+    for (const String& Key : *Keys) {
+      const auto Hash = static_cast<std::uint32_t>(Strings->GetHashCode(Key));
+      Low.insert(Hash & 1023u);
+      Tags.insert(Hash >> 24 & 0x7Fu);
+    }
+    EXPECT_GE(Low.size(), 980u);
+    EXPECT_GE(Tags.size(), 124u);
+  }
+}
+
+TEST(EqualityComparer, StringHashNeedsNo128BitInteger) {
+  // The string hash's portable product must equal the compiler's 128-bit one, so that every
+  // platform hashes alike.
+  std::uint64_t A = 0x0123456789ABCDEFull, B = ~0ull;
+  for (int i = 0; i < 1000; ++i) {
+    EXPECT_EQ(Generics::detail::MulFold64(A, B), Generics::detail::MulFold64Portable(A, B));
+    A = A * 6364136223846793005ull + 1442695040888963407ull;
+    B = std::rotl(B, 7) ^ A;
+  }
 }
