@@ -178,6 +178,10 @@ constexpr std::uint64_t MulFold64(std::uint64_t A, std::uint64_t B) {
 #endif
 }
 
+// MulFold64 with both factors xored in: a factor that happens to be zero (input equal to the
+// constant it is xored with) would otherwise wipe out the other factor and everything before.
+constexpr std::uint64_t MulMix(std::uint64_t A, std::uint64_t B) { return MulFold64(A, B) ^ A ^ B; }
+
 // Code units combined by value, the first in the low bits, so every platform hashes alike.
 inline std::uint64_t Units4(const Char* P) {
   std::uint64_t V;
@@ -215,24 +219,24 @@ inline std::int32_t HashCodeUnits(const Char* Data, std::size_t Length) {
     } else if (Length == 1) {
       A = B = Data[0];
     }
-    R = MulFold64(A ^ K0, B ^ K1);
+    R = MulMix(A ^ K0, B ^ K1);
   } else {
     // Lane 0 takes the first half of each 16 units and lane 1 the second; the last 16 (or, for
     // 9 to 16 units, the first and last 8) go through both lanes with their own constants.
     std::uint64_t S0 = K2, S1 = K3;
     const Char* P = Data;
     for (std::size_t N = Length; N > 16; N -= 16, P += 16) {
-      S0 = MulFold64(Units4(P) ^ K0, Units4(P + 4) ^ S0);
-      S1 = MulFold64(Units4(P + 8) ^ K1, Units4(P + 12) ^ S1);
+      S0 = MulMix(Units4(P) ^ K0, Units4(P + 4) ^ S0);
+      S1 = MulMix(Units4(P + 8) ^ K1, Units4(P + 12) ^ S1);
     }
     const Char* Front = Length > 16 ? Data + Length - 16 : Data;
     const Char* Back = Data + Length - 8;
-    S0 = MulFold64(Units4(Front) ^ K4, Units4(Front + 4) ^ S0);
-    S1 = MulFold64(Units4(Back) ^ K5, Units4(Back + 4) ^ S1);
+    S0 = MulMix(Units4(Front) ^ K4, Units4(Front + 4) ^ S0);
+    S1 = MulMix(Units4(Back) ^ K5, Units4(Back + 4) ^ S1);
     R = S0 ^ S1;
   }
   // Overlapping loads read the same units for different lengths: the length goes in here.
-  const std::uint64_t F = MulFold64(R ^ K2, static_cast<std::uint64_t>(Length) ^ K3);
+  const std::uint64_t F = MulMix(R ^ K2, static_cast<std::uint64_t>(Length) ^ K3);
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(F ^ (F >> 32)));
 }
 

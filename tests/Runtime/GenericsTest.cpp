@@ -95,7 +95,7 @@ TEST(EqualityComparer, DefaultHashesSpreadOverMaskedBuckets) {
   // through both lanes and the overlap of the last loads), only the length. Each set must
   // reach nearly all of 1024 buckets and of the 128 tags a table takes from bits 24..30.
   const auto Strings = TEqualityComparer<String>::Default();
-  std::vector<String> Numbers, OneUnit, Lengths;
+  std::vector<String> Numbers, OneUnit, Lengths, ZeroFactor;
   const String Base = u"a key of thirty-two code units !";
   for (int i = 0; i < 4096; ++i) {
     Numbers.push_back(AsciiToString(std::to_string(i)));
@@ -103,8 +103,12 @@ TEST(EqualityComparer, DefaultHashesSpreadOverMaskedBuckets) {
     S[static_cast<std::size_t>(i / 128)] = static_cast<Char>(0x100 + i % 128);
     OneUnit.push_back(S);
     Lengths.push_back(String(static_cast<std::size_t>(i), u'a'));
+    // Four units that cancel the first load's constant, then four that vary: a multiply by
+    // the resulting zero must not wipe out the rest.
+    ZeroFactor.push_back(String{0x7C15, 0x7F4A, 0x79B9, 0x9E37, static_cast<Char>(u'a' + i % 16),
+                                static_cast<Char>(u'a' + i / 16 % 16), static_cast<Char>(u'a' + i / 256), u'z'});
   }
-  for (const auto* Keys : {&Numbers, &OneUnit, &Lengths}) {
+  for (const auto* Keys : {&Numbers, &OneUnit, &Lengths, &ZeroFactor}) {
     std::set<std::uint32_t> Low, Tags;
     for (const String& Key : *Keys) {
       const auto Hash = static_cast<std::uint32_t>(Strings->GetHashCode(Key));
