@@ -130,21 +130,19 @@ auto* SiftDownFromBottom(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight
       // three down: the comparison is a call, and with two levels of warning the items were
       // still in flight. Near the leaves, as SiftDown. (Written in the loop: as a function of
       // its own the compiler judges it to have no effect and drops the call.)
-      if (At < 255) {
-      } else if (const std::size_t Far = 16 * At + 15; Far + 15 < N) {
-        const char* Slots = reinterpret_cast<const char*>(H.data() + Far);
-        __builtin_prefetch(Slots);
-        __builtin_prefetch(Slots + 64);
-        __builtin_prefetch(Slots + 128);
-        __builtin_prefetch(Slots + 192);
-        __builtin_prefetch(Slots + 16 * sizeof(S) - 1);
-        for (std::size_t G = 8 * At + 7; G < 8 * At + 15; ++G) Ahead::Touch(H[G]);
-      } else {
-        if (const std::size_t Near = 8 * At + 7; Near < N) {
-          __builtin_prefetch(H.data() + Near);
-          __builtin_prefetch(H.data() + std::min(Near + 7, N - 1));
+      if (At >= 255) {
+        if (const std::size_t Far = 16 * At + 15; Far + 15 < N) {
+          const char* Slots = reinterpret_cast<const char*>(H.data() + Far);
+          for (std::size_t Offset = 0; Offset < 16 * sizeof(S); Offset += 64) __builtin_prefetch(Slots + Offset);
+          __builtin_prefetch(Slots + 16 * sizeof(S) - 1);
+          for (std::size_t G = 8 * At + 7; G < 8 * At + 15; ++G) Ahead::Touch(H[G]);
+        } else {
+          if (const std::size_t Near = 8 * At + 7; Near < N) {
+            __builtin_prefetch(H.data() + Near);
+            __builtin_prefetch(H.data() + std::min(Near + 7, N - 1));
+          }
+          for (std::size_t G = 4 * At + 3, End = std::min(G + 4, N); G < End; ++G) Ahead::Touch(H[G]);
         }
-        for (std::size_t G = 4 * At + 3, End = std::min(G + 4, N); G < End; ++G) Ahead::Touch(H[G]);
       }
       // A branch, not a flag added to K: its prediction lets the next levels' loads start
       // before this comparison returns, which measured faster than waiting for it.
