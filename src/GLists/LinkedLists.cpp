@@ -148,7 +148,7 @@ void TGCustomLinkedList::DropRecord(detail::TOwnRecord* Record) noexcept {
 
 void TGCustomLinkedList::Keep(TSQNode* ANode) {
   FKept.push_back(ANode);
-  NoteWatcher(wKept, true);
+  NoteInline();
 }
 
 void TGCustomLinkedList::NodeLeaving(TSQNode* ANode) noexcept {
@@ -203,7 +203,7 @@ void TGCustomLinkedList::FreeAll() noexcept {
     });
   FOwnedCount = 0;
   FKept.clear();
-  NoteWatcher(wKept, false);
+  NoteInline();
   // Every owned node is gone, the one being added among them if the list had taken it.
   if (FFreshState & fsAdopted) FFreshState |= fsFreed;
 }
@@ -222,7 +222,7 @@ TGCustomLinkedListEnumerator::TGCustomLinkedListEnumerator(TGCustomLinkedList* L
   FNextEnum = List->FEnumerators;
   if (FNextEnum) FNextEnum->FPrevEnum = this;
   List->FEnumerators = this;
-  List->NoteWatcher(TGCustomLinkedList::wEnumerators, true);
+  List->NoteInline();
 }
 
 TGCustomLinkedListEnumerator::~TGCustomLinkedListEnumerator() {
@@ -232,7 +232,7 @@ TGCustomLinkedListEnumerator::~TGCustomLinkedListEnumerator() {
   else
     FList->FEnumerators = FNextEnum;
   if (FNextEnum) FNextEnum->FPrevEnum = FPrevEnum;
-  FList->NoteWatcher(TGCustomLinkedList::wEnumerators, FList->FEnumerators != nullptr);
+  FList->NoteInline();
 }
 
 bool TGCustomLinkedListEnumerator::MoveNext() {

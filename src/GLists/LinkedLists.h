@@ -295,17 +295,9 @@ class TGCustomLinkedList : public TPersistent {
   enum : std::uint8_t { fsAdopted = 1, fsFreed = 2 };
   const TSQNode* FFresh = nullptr;
   std::uint8_t FFreshState = 0;
-  // A bit each for a live enumerator and for kept nodes: while either is set, pops take the
-  // general path.
-  enum : std::uint8_t { wEnumerators = 1, wKept = 2 };
-  std::uint8_t FWatched = 0;
-  void NoteWatcher(std::uint8_t Bit, bool On) noexcept {
-    FWatched = static_cast<std::uint8_t>(On ? FWatched | Bit : FWatched & ~Bit);
-    NoteInline();
-  }
   /// Called wherever what InlineKind depends on changes.
   void NoteInline() const noexcept {
-    FInline = FExact >= TExact::Queue && FPool && !FOnChange && !FWatched && !FFresh ? FExact : TExact::Unknown;
+    FInline = FExact >= TExact::Queue && FPool && !FOnChange && !FEnumerators && FKept.empty() && !FFresh ? FExact : TExact::Unknown;
   }
 };
 

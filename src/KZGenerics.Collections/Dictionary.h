@@ -490,15 +490,15 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     else
       return Stored == Key;
   }
-  // The bucket search, one copy per comparer kind so that the default one makes no call and
-  // keeps its state in registers. Most searches end in the home group; the rest go on in
-  // SearchOn, which also answers for a table without buckets or without a free one.
   // Search with the comparer chosen once.
   template <bool InsertionPoint, bool FetchHome = false>
   std::int32_t SearchAny(const K& Key, std::int32_t HashCode) const {
     return FDefaultComparer ? Search<true, InsertionPoint, FetchHome>(Key, HashCode)
                             : Search<false, InsertionPoint, FetchHome>(Key, HashCode);
   }
+  // The bucket search, one copy per comparer kind so that the default one makes no call and
+  // keeps its state in registers. Most searches end in the home group; the rest go on in
+  // SearchOn, which also answers for a table without buckets or without a free one.
   template <bool Inline, bool InsertionPoint = true, bool FetchHome = false>
   std::int32_t Search(const K& Key, std::int32_t HashCode) const {
     using Tags = detail::TBucketTags;
