@@ -125,22 +125,28 @@ struct TNumeric {
 // what Cmp compares: the slot's key (object heaps) or the element's reference (interface heap).
 template <class FItem>
 struct TObjectRules {
-  // The sifts are compiled per order, so that no level tests the order again.
+  // The sifts are compiled per order and per Index writing, so that no level tests either.
   template <class S, class C>
-  static auto* PushUp(std::vector<S>& H, THeapOrder Order, std::int32_t I, const C& Cmp) {
+  static auto* PushUp(std::vector<S>& H, THeapOrder Order, std::int32_t I, const C& Cmp, bool Write = true) {
     return WithFlag(Order == hpIncreasing, [&](auto Increasing) {
       constexpr THeapOrder O = decltype(Increasing)::value ? hpIncreasing : hpDecreasing;
-      return SiftUp(H, I, [&](const S& P, const S& K) { return After(O, Cmp(FItem::Of(P), FItem::Of(K))); });
+      return WithFlag(Write, [&](auto W) {
+        return SiftUp<decltype(W)::value>(H, I, [&](const S& P, const S& K) { return After(O, Cmp(FItem::Of(P), FItem::Of(K))); });
+      });
     });
   }
   template <class S, class C>
-  static auto* PushDown(std::vector<S>& H, THeapOrder Order, std::int32_t I, const C& Cmp, bool FromBottom = false) {
+  static auto* PushDown(std::vector<S>& H, THeapOrder Order, std::int32_t I, const C& Cmp, bool FromBottom = false,
+                        bool Write = true) {
     return WithFlag(Order == hpIncreasing, [&](auto Increasing) {
       constexpr THeapOrder O = decltype(Increasing)::value ? hpIncreasing : hpDecreasing;
       auto TakeRight = [&](const S& R, const S& L) { return !After(O, Cmp(FItem::Of(R), FItem::Of(L))); };
       auto MoveUp = [&](const S& K, const S& X) { return Before(O, Cmp(FItem::Of(K), FItem::Of(X))); };
-      if (FromBottom) return SiftDownFromBottom<FItem>(H, I, TakeRight, MoveUp);
-      return SiftDown<FItem>(H, I, TakeRight, MoveUp);
+      return WithFlag(Write, [&](auto W) {
+        constexpr bool Writes = decltype(W)::value;
+        if (FromBottom) return SiftDownFromBottom<FItem, Writes>(H, I, TakeRight, MoveUp);
+        return SiftDown<FItem, Writes>(H, I, TakeRight, MoveUp);
+      });
     });
   }
   template <class S, class T, class C>
@@ -317,6 +323,9 @@ bool TCustomHeap::WriteIndexes() {
 
 void TCustomHeap::RewriteIndexes() const {
   for (std::size_t I = 0; I < FHeap.size(); ++I) THeapAccess::SetIndex(FHeap[I].Element, static_cast<std::int32_t>(I));
+  // A comparison reads an Index between the moves of a sift that writes none: the moves after
+  // it leave the heap as stale as before.
+  if (FComparing) return;
   FStale = false;
   FWritesLeft = FHeap.size();
 }
@@ -460,10 +469,14 @@ TObject* TCustomHeap::Remove(std::int32_t Index) {
   }
   THeapElement* Removed = TakeOut(FHeap, Index, WriteIndexes());
   TObject* Result = Removed->GetItem();
+  // Whoever pops reads the item it gets, which a numeric heap never reads itself: ask for it
+  // before the sift, and for the next top's once the sift is done, a whole pop ahead.
+  __builtin_prefetch(Result);
   if (FHeap.empty()) ForgetIndexes();
   delete Removed;
   if (!FTracksOrder) {
     if (Index == 0 && FHeap.size() > 1) PushDown(0);
+    if (Index == 0 && !FHeap.empty()) __builtin_prefetch(FHeap[0].Element->GetItem());
     return Result;
   }
   if (static_cast<std::size_t>(Index) < FHeap.size()) {
@@ -522,7 +535,8 @@ THeapElement* THeap::PushUp(std::int32_t Index) {
   CheckNotComparing();
   SiftFromBottom(Index);
   try {
-    return WithCompare([&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushUp(FHeap, FOrder, Index, Cmp); });
+    const bool Write = WriteIndexes();
+    return WithCompare([&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushUp(FHeap, FOrder, Index, Cmp, Write); });
   } catch (...) {
     Unorder();  // a sift cut short may leave more than one element out of place
     throw;
@@ -533,9 +547,10 @@ THeapElement* THeap::PushDown(std::int32_t Index) {
   CheckIndex(Index);
   CheckNotComparing();
   const bool FromBottom = SiftFromBottom(Index);
+  const bool Write = WriteIndexes();
   try {
     return WithCompare([&](const auto& Cmp) -> THeapElement* {
-      return TObjectOps::PushDown(FHeap, FOrder, Index, Cmp, FromBottom);
+      return TObjectOps::PushDown(FHeap, FOrder, Index, Cmp, FromBottom, Write);
     });
   } catch (...) {
     Unorder();

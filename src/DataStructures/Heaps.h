@@ -135,7 +135,7 @@ class TCustomHeap : public TPersistent {
   /// Takes up the source heap's knowledge when both order by the same key.
   void CopyOrdered(const TCustomHeap& Other);
 
-  // Lazy Index fields. A numeric heap's sifts may leave the elements' Index unwritten (a
+  // Lazy Index fields. The sifts of a numeric or object heap may leave Index unwritten (a
   // random store per level); the heap then knows its indexes are stale and rewrites all of
   // them, O(n), before anything reads one (the element's GetIndex asks its heap). After a
   // rewrite it writes them for as many operations as it holds elements before it may go
@@ -165,7 +165,7 @@ class TCustomHeap : public TPersistent {
   // the heap unordered.
   bool FSifted = false;
   const THeapElement* FOut = nullptr;
-  // Set by heaps whose sifts may leave Index fields stale (no caller code runs mid-sift).
+  // Set by heaps whose sifts may leave Index fields stale.
   bool FLazyIndexes = false;
   bool FPinned = false;
   mutable bool FStale = false;
@@ -199,15 +199,16 @@ class TCustomHeap : public TPersistent {
 /// how many comparisons are made, and in which order, is not promised. A comparison that
 /// raises leaves what the plain sift leaves. The comparison must stay consistent while items
 /// are in the heap: after changing what it reads of an item, call ModifyPriority for that
-/// item before anything else sifts.
+/// item before anything else sifts. Index fields are written as lazily as TIntHeap's; what
+/// the comparison reads of one while a sift runs is not promised.
 class THeap : public TCustomHeap {
   KZ_CLASS(THeap, TCustomHeap)
  public:
-  THeap() { TrackOrder(); }
-  explicit THeap(THeapElementClass ElementClass) : TCustomHeap(ElementClass) { TrackOrder(); }
+  THeap() { Init(); }
+  explicit THeap(THeapElementClass ElementClass) : TCustomHeap(ElementClass) { Init(); }
   explicit THeap(TCompareFunc CompareFunc)
       : FCompare(std::move(CompareFunc)), FPlainCompare(PlainCompare(FCompare)) {
-    TrackOrder();
+    Init();
   }
 
   /// As TCustomHeap::Assign; also takes the comparison of a THeap source.
@@ -225,6 +226,10 @@ class THeap : public TCustomHeap {
   std::int32_t ModifyPriority(std::int32_t Index);
 
  private:
+  void Init() {
+    TrackOrder();
+    FLazyIndexes = true;
+  }
   std::int32_t Compare(TObject* A, TObject* B) const;
   void CheckCompare() const;
   template <class F>

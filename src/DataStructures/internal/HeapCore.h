@@ -114,11 +114,10 @@ auto* SiftDown(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight, FMoveUp 
 /// child, so for a consistent order the entries MoveUp holds for form a prefix of the path
 /// and the entry ends exactly where SiftDown puts it, with the same moves. When a test
 /// raises, the path is put back as it was and SiftDown runs instead, so a raising comparison
-/// leaves what SiftDown leaves. Every move sets its Index at once, as SiftDown's do (only
-/// the object heap, whose indexes are never lazy, sifts this way).
-template <class Ahead, class S, class FTakeRight, class FMoveUp>
+/// leaves what SiftDown leaves. Index fields are written as SiftDown's.
+template <class Ahead, bool Write = true, class S, class FTakeRight, class FMoveUp>
 auto* SiftDownFromBottom(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight, FMoveUp MoveUp) {
-  auto Move = [&H](std::size_t To, std::size_t From) { Put(H, To, H[From]); };
+  auto Move = [&H](std::size_t To, std::size_t From) { Put<Write>(H, To, H[From]); };
   const std::size_t N = H.size(), Start = static_cast<std::size_t>(I);
   const S Entry = H[Start];
   std::size_t At = Start;
@@ -160,14 +159,14 @@ auto* SiftDownFromBottom(std::vector<S>& H, std::int32_t I, FTakeRight TakeRight
       Move(At, P);
       At = P;
     }
-    Put(H, At, Entry);
+    Put<Write>(H, At, Entry);
     return ElementOf(Entry);
   } catch (...) {
     // Every entry above the hole on the path came up one level: move them back down.
     for (; At > Start; At = (At - 1) / 2) Move(At, (At - 1) / 2);
-    Put(H, Start, Entry);
+    Put<Write>(H, Start, Entry);
   }
-  return SiftDown<Ahead>(H, I, TakeRight, MoveUp);
+  return SiftDown<Ahead, Write>(H, I, TakeRight, MoveUp);
 }
 
 /// Pre-order walk from the root, left subtree first. Visit(Entry) answers 1 to stop at it,
