@@ -1,13 +1,17 @@
 // The generic dictionary against absl::flat_hash_map and std::unordered_map: insert, hit,
 // miss and remove with int32_t and 16-bit string keys at 1K, 64K and 1M entries. Every map
-// starts empty with no reserved room; lookups run in a shuffled order.
+// starts empty with no reserved room; lookups run in a shuffled order. Floor rows (int32_t
+// only) show what any table bound by the dictionary's layout and removal rule costs here.
 #include <benchmark/benchmark.h>
 
 #include <absl/container/flat_hash_map.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
+#include <memory>
 #include <random>
+#include <type_traits>
 #include <unordered_map>
 #include <vector>
 
@@ -63,6 +67,114 @@ struct TStd {
   bool Has(const TKey& K) const { return M.find(K) != M.end(); }
   void Erase(const TKey& K) { M.erase(K); }
 };
+
+// The floor: the least a table bound by the dictionary's rules can do for int32_t keys and
+// values. Power-of-two linear probing from 4 buckets, growth at 3/4 full, the dictionary's
+// integer hash, and backward-shift removal (each later entry of the run moves into the gap
+// unless its home lies after the gap); no notifications, no enumeration, no tags. Free buckets
+// are marked by a byte array beside (key, value) buckets, or, as the dictionary marks them, by
+// a stored hash of -1 in (hash, key, value) buckets.
+template <bool StoredHash>
+class TFloorTable {
+  struct TPlain {
+    std::int32_t Key, Value;
+  };
+  struct THashed {
+    std::int32_t Hash = -1, Key, Value;
+  };
+  using TBucket = std::conditional_t<StoredHash, THashed, TPlain>;
+
+ public:
+  TFloorTable() { Allocate(4); }
+  void Insert(std::int32_t Key, std::int32_t Value) {
+    if (Count >= Threshold) Grow();
+    const std::uint32_t H = HashOf(Key);
+    std::uint32_t I = H & Mask;
+    for (; Used(I); I = (I + 1u) & Mask)
+      if (Buckets[I].Key == Key) return;
+    Place(I, H, Key, Value);
+    ++Count;
+  }
+  bool Has(std::int32_t Key) const { return Find(Key) >= 0; }
+  void Erase(std::int32_t Key) {
+    const std::int64_t Found = Find(Key);
+    if (Found < 0) return;
+    // The table is never full, so the walk meets a free bucket before it could wrap to the gap.
+    auto Gap = static_cast<std::uint32_t>(Found);
+    for (std::uint32_t J = (Gap + 1u) & Mask; Used(J); J = (J + 1u) & Mask)
+      if (((J - Home(J)) & Mask) >= ((J - Gap) & Mask)) {
+        Buckets[Gap] = Buckets[J];
+        Gap = J;
+      }
+    if constexpr (StoredHash)
+      Buckets[Gap].Hash = -1;
+    else
+      Occupied[Gap] = 0;
+    --Count;
+  }
+
+ private:
+  static std::uint32_t HashOf(std::int32_t Key) {
+    return static_cast<std::uint32_t>(Generics::detail::DefaultHashCode(Key)) & 0x7FFFFFFFu;
+  }
+  bool Used(std::uint32_t I) const {
+    if constexpr (StoredHash)
+      return Buckets[I].Hash != -1;
+    else
+      return Occupied[I] != 0;
+  }
+  std::uint32_t Home(std::uint32_t I) const {
+    if constexpr (StoredHash)
+      return static_cast<std::uint32_t>(Buckets[I].Hash);
+    else
+      return HashOf(Buckets[I].Key);
+  }
+  void Place(std::uint32_t I, std::uint32_t H, std::int32_t Key, std::int32_t Value) {
+    if constexpr (StoredHash) {
+      Buckets[I] = THashed{static_cast<std::int32_t>(H), Key, Value};
+    } else {
+      Buckets[I] = TPlain{Key, Value};
+      Occupied[I] = 1;
+    }
+  }
+  std::int64_t Find(std::int32_t Key) const {
+    for (std::uint32_t I = HashOf(Key) & Mask; Used(I); I = (I + 1u) & Mask)
+      if (Buckets[I].Key == Key) return I;
+    return -1;
+  }
+  void Allocate(std::uint32_t Length) {
+    Buckets.reset(new TBucket[Length]);
+    if constexpr (!StoredHash) Occupied.reset(new std::uint8_t[Length]());
+    Mask = Length - 1u;
+    Threshold = (Length >> 1) + (Length >> 2);
+  }
+  void Grow() {
+    const std::uint32_t OldLength = Mask + 1u;
+    std::unique_ptr<TBucket[]> Old = std::move(Buckets);
+    std::unique_ptr<std::uint8_t[]> OldOccupied = std::move(Occupied);
+    Allocate(OldLength * 2u);
+    for (std::uint32_t K = 0; K < OldLength; ++K) {
+      if constexpr (StoredHash) {
+        if (Old[K].Hash == -1) continue;
+      } else if (OldOccupied[K] == 0) {
+        continue;
+      }
+      const std::uint32_t H = HashOf(Old[K].Key);
+      std::uint32_t I = H & Mask;
+      while (Used(I)) I = (I + 1u) & Mask;
+      Place(I, H, Old[K].Key, Old[K].Value);
+    }
+  }
+
+  std::unique_ptr<TBucket[]> Buckets;
+  std::unique_ptr<std::uint8_t[]> Occupied;
+  std::uint32_t Mask = 0;
+  std::uint32_t Count = 0, Threshold = 0;
+};
+template <class TKey>
+using TFloor = TFloorTable<false>;
+template <class TKey>
+using TFloorHash = TFloorTable<true>;
 
 template <class TMap, class TKey>
 void Fill(TMap& Map, const std::vector<TKey>& Keys) {
@@ -124,6 +236,8 @@ using TInt = std::int32_t;
 KZ_GENERICS_BENCH(TKZ, TInt)
 KZ_GENERICS_BENCH(TAbsl, TInt)
 KZ_GENERICS_BENCH(TStd, TInt)
+KZ_GENERICS_BENCH(TFloor, TInt)
+KZ_GENERICS_BENCH(TFloorHash, TInt)
 KZ_GENERICS_BENCH(TKZ, String)
 KZ_GENERICS_BENCH(TAbsl, String)
 KZ_GENERICS_BENCH(TStd, String)

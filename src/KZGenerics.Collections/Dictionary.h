@@ -515,8 +515,8 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     // comparer must not be asked about. The default comparer may look at them in a table
     // within the caches (no entry lies beyond the first free bucket after its home, so such a
     // key is never Key), which saves work on every hit; far beyond the caches the bucket read
-    // costs a missing key more than the mask.
-    if (!Inline || FFetchEarly) {
+    // costs a missing key more than the mask, unless the search fetches the home bucket anyway.
+    if (!Inline || (!FetchHome && FFetchEarly)) {
       const Tags::TBits Free = Tags::Free(Group);
       Match &= Free ^ (Free - 1);
     }

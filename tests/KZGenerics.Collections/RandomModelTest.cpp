@@ -2,6 +2,7 @@
 // changes against std::unordered_map, with the probing structure checked after every step.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <random>
 #include <unordered_map>
 #include <vector>
@@ -117,5 +118,42 @@ TEST(KZHashTableModel, RandomRunsAgainstUnorderedMap) {
     if (HasFatalFailure()) return;
     RunModel(Run + 100, Crowded(), 3000);
     if (HasFatalFailure()) return;
+  }
+}
+
+// Buckets of a kilobyte put a few thousand entries beyond the caches, where lookups and
+// removals with the default comparer take their own course through the tags: a twin table
+// whose comparer hashes alike must answer and lay out its buckets exactly the same.
+TEST(KZHashTableModel, LargeTableRemovalsMatchTheComparerPath) {
+  using TBig = std::array<int, 256>;
+  auto SameHash = TEqualityComparer<int>::Construct([](const int& A, const int& B) { return A == B; },
+                                                    [](const int& K) { return Generics::detail::DefaultHashCode(K); });
+  TKZDictionary<int, TBig> Fast(8192), Twin(8192, SameHash);
+  std::mt19937 Rng(5);
+  for (int S = 0; S < 20000; ++S) {
+    SCOPED_TRACE(testing::Message() << "step " << S);
+    const int K = static_cast<int>(Rng() % 9000);
+    if (Rng() % 3 != 0) {
+      TBig V{};
+      V[0] = S;
+      if (Fast.GetCount() < 6000 && !Fast.ContainsKey(K)) {
+        Fast.Add(K, V);
+        Twin.Add(K, V);
+      }
+    } else {
+      ASSERT_EQ(Fast.Remove(K)[0], Twin.Remove(K)[0]);
+    }
+    ASSERT_EQ(Fast.ContainsKey(K), Twin.ContainsKey(K));
+    if (S % 500 == 0 || S == 19999) {
+      ASSERT_GE(Fast.GetBucketCount(), 8192);
+      const auto& A = Fast.GetItems();
+      const auto& B = Twin.GetItems();
+      ASSERT_EQ(A.size(), B.size());
+      for (std::size_t I = 0; I < A.size(); ++I) {
+        ASSERT_EQ(A[I].HashCode, B[I].HashCode) << I;
+        ASSERT_EQ(A[I].Key, B[I].Key) << I;
+        ASSERT_EQ(A[I].Value[0], B[I].Value[0]) << I;
+      }
+    }
   }
 }
