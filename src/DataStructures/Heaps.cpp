@@ -534,8 +534,8 @@ THeapElement* THeap::PushUp(std::int32_t Index) {
   CheckIndex(Index);
   CheckNotComparing();
   SiftFromBottom(Index);
+  const bool Write = WriteIndexes();
   try {
-    const bool Write = WriteIndexes();
     return WithCompare([&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushUp(FHeap, FOrder, Index, Cmp, Write); });
   } catch (...) {
     Unorder();  // a sift cut short may leave more than one element out of place
