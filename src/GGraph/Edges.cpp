@@ -36,6 +36,9 @@ TGGraphEdge::~TGGraphEdge() {
   } else if (FFromNode && FListedAtFrom) {
     FFromNode->FEdges.RemoveEdge(this);
   }
+  // The far end unlists the edge only while the graph is undirected; one that listed it before
+  // the direction changed and kept it (a node the change did not visit) must not keep it.
+  if (FToNode && FListedAtTo) FToNode->FEdges.RemoveEdge(this);
 }
 
 void TGGraphEdge::Assign(TPersistent* Source) {

@@ -63,6 +63,22 @@ TEST(GGraphLabel, CaptionsAreKeys) {
   }
 }
 
+TEST(GGraphLabel, AHiddenNodeDoesNotKeepAFreedEdge) {
+  // b takes a's caption, so the direction change does not visit a, which still lists the edge
+  // that arrived while the graph was undirected; freeing the edge must unlist it there too.
+  TGLabelGraph G(nullptr);
+  G.SetDirected(false);
+  TGGraphNode* A = G.CreateNode(u"a");
+  TGGraphNode* B = G.CreateNode(u"b");
+  B->AddEdge(A);
+  B->SetCaption(u"a");
+  G.SetDirected(true);
+  EXPECT_EQ(A->GetEdgeCount(), 1);
+  B->Clear();
+  EXPECT_EQ(A->GetEdgeCount(), 0);
+  A->Clear();
+}
+
 TEST(GGraphLabel, StoredFormRoundTrip) {
   RegisterGraphClasses();
   TGLabelGraph G(nullptr);
