@@ -196,10 +196,12 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
       TPairType P = E->GetCurrent();
       AddOrSetValue(std::move(P.Key), std::move(P.Value));
     }
+    FQuiet = TQuiet::Unknown;  // found while a descendant's part was not yet built
   }
   TKZDictionary(std::initializer_list<TPairType> Pairs, TComparerRef Comparer = nullptr)
       : TKZDictionary(0, std::move(Comparer)) {
     for (const TPairType& P : Pairs) AddOrSetValue(P.Key, P.Value);
+    FQuiet = TQuiet::Unknown;  // found while a descendant's part was not yet built
   }
   /// Clears (telling the handlers of every entry), then frees the views. A handler that
   /// raises here cannot stop the destruction; its exception is dropped.
@@ -249,11 +251,9 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     ++FLayoutVersion;
     FCount = 0;
     FGrowThreshold = 0;
-    for (TItem& Item : Old)
-      if (Item.HashCode != -1) {
-        KeyNotify(Item.Key, naRemoved);
-        ValueNotify(Item.Value, naRemoved);
-      }
+    if (!Quiet())
+      for (TItem& Item : Old)
+        if (Item.HashCode != -1) Notify(Item.Key, Item.Value, naRemoved);
   }
   /// Shrinks to the smallest bucket count for Count + 1 entries.
   void TrimExcess() { SetCapacity(FCount + 1); }
@@ -340,9 +340,15 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   std::vector<TPairType> ToArray() const override { return this->ToArrayImpl(FCount); }
 
   const TKZNotifyEvent<K>& GetOnKeyNotify() const { return FOnKeyNotify; }
-  void SetOnKeyNotify(TKZNotifyEvent<K> Handler) { FOnKeyNotify = std::move(Handler); }
+  void SetOnKeyNotify(TKZNotifyEvent<K> Handler) {
+    FOnKeyNotify = std::move(Handler);
+    FQuiet = TQuiet::Unknown;
+  }
   const TKZNotifyEvent<V>& GetOnValueNotify() const { return FOnValueNotify; }
-  void SetOnValueNotify(TKZNotifyEvent<V> Handler) { FOnValueNotify = std::move(Handler); }
+  void SetOnValueNotify(TKZNotifyEvent<V> Handler) {
+    FOnValueNotify = std::move(Handler);
+    FQuiet = TQuiet::Unknown;
+  }
 
   /// The stored hash of Key: never negative, so never the free marker.
   std::int32_t Hash(const K& Key) const {
@@ -371,12 +377,12 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     Item.HashCode = HashCode;
     FTags[static_cast<std::size_t>(Index)] = detail::TBucketTags::Of(HashCode);
     ++FCount;
-    KeyNotify(Item.Key, naAdded);
-    ValueNotify(Item.Value, naAdded);
+    Notify(Item.Key, Item.Value, naAdded);
   }
   /// Stores Value in bucket Index, then tells the old value removed and the new one added.
   virtual void DoSetValue(std::int32_t Index, V Value) {
     V Old = std::exchange(FItems[static_cast<std::size_t>(Index)].Value, std::move(Value));
+    if (Quiet()) return;
     ValueNotify(Old, naRemoved);
     ValueNotify(FItems[static_cast<std::size_t>(Index)].Value, naAdded);
   }
@@ -411,9 +417,14 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     Items[Gap].Key = K{};
     Items[Gap].Value = V{};
     --FCount;
-    KeyNotify(OldKey, Action);
-    ValueNotify(Result, Action);
+    Notify(OldKey, Result, Action);
     return Result;
+  }
+  /// KeyNotify, then ValueNotify, unless neither can do anything.
+  void Notify(const K& Key, const V& Value, TKZNotifyAction Action) {
+    if (Quiet()) return;
+    KeyNotify(Key, Action);
+    ValueNotify(Value, Action);
   }
   virtual void KeyNotify(const K& Key, TKZNotifyAction Action) {
     if (FOnKeyNotify) FOnKeyNotify(this, Key, Action);
@@ -469,6 +480,14 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   }
 
  private:
+  // Whether the notification hooks can do nothing: the object is of this very class (no hook
+  // overridden) and has no handler. Found on first need, and forgotten when a handler changes
+  // or a constructor that adds returns (its class may not yet be the object's own).
+  bool Quiet() const {
+    if (FQuiet == TQuiet::Unknown)
+      FQuiet = IsExactly<TKZDictionary>(this) && !FOnKeyNotify && !FOnValueNotify ? TQuiet::Yes : TQuiet::No;
+    return FQuiet == TQuiet::Yes;
+  }
   void SetComparer(TComparerRef Comparer) {
     const TComparerRef& Default = TEqualityComparer<K>::Default();
     FDefaultComparer = !Comparer || Comparer.get() == Default.get();
@@ -571,6 +590,8 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
   TComparerRef FComparer;
   TKZNotifyEvent<K> FOnKeyNotify;
   TKZNotifyEvent<V> FOnValueNotify;
+  enum class TQuiet : std::uint8_t { Unknown, Yes, No };
+  mutable TQuiet FQuiet = TQuiet::Unknown;  // see Quiet
   mutable std::unique_ptr<TKeyCollection> FKeys;
   mutable std::unique_ptr<TValueCollection> FValues;
 };

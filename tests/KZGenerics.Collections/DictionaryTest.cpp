@@ -102,8 +102,17 @@ TEST(KZDictionary, RemovalAcrossTheWrapAround) {
   EXPECT_FALSE(InCircularRange(2, 2, 5));
 }
 
+// A descendant that overrides a hook and is built with entries.
+struct TTelling : TKZDictionary<int, int> {
+  TTelling() : TKZDictionary<int, int>({{4, 40}}) {}
+  int Told = 0;
+  void KeyNotify(const int&, TKZNotifyAction) override { ++Told; }
+};
+
 TEST(KZDictionary, NotificationOrderAndClear) {
   TKZDictionary<int, int> D;
+  D.Add(9, 90);  // told to nobody, before any handler is set
+  D.Remove(9);
   Record(D);
   Log.clear();
   D.Add(1, 10);
@@ -130,6 +139,13 @@ TEST(KZDictionary, NotificationOrderAndClear) {
                      std::to_string(Order[1]) + ":1 v" + std::to_string(Order[1] * 10) + ":1 ");
   EXPECT_EQ(D.GetBucketCount(), 0);
   EXPECT_EQ(D.GetGrowThreshold(), 0);
+  // The override is called for every change after construction, handler or not.
+  TTelling T;
+  T.Add(5, 50);
+  T.AddOrSetValue(5, 51);
+  T.Remove(5);
+  T.Clear();
+  EXPECT_EQ(T.Told, 3);
 }
 
 TEST(KZHashTable, ChangesUpdatesAndEmptyTable) {
