@@ -131,7 +131,8 @@ struct TObjectRules {
     return WithFlag(Order == hpIncreasing, [&](auto Increasing) {
       constexpr THeapOrder O = decltype(Increasing)::value ? hpIncreasing : hpDecreasing;
       return WithFlag(Write, [&](auto W) {
-        return SiftUp<decltype(W)::value>(H, I, [&](const S& P, const S& K) { return After(O, Cmp(FItem::Of(P), FItem::Of(K))); });
+        return SiftUp<decltype(W)::value>(H, I,
+                                          [&](const S& P, const S& K) { return After(O, Cmp(FItem::Of(P), FItem::Of(K))); });
       });
     });
   }
@@ -469,14 +470,16 @@ TObject* TCustomHeap::Remove(std::int32_t Index) {
   }
   THeapElement* Removed = TakeOut(FHeap, Index, WriteIndexes());
   TObject* Result = Removed->GetItem();
-  // Whoever pops reads the item it gets, which a numeric heap never reads itself: ask for it
-  // before the sift, and for the next top's once the sift is done, a whole pop ahead.
-  __builtin_prefetch(Result);
   if (FHeap.empty()) ForgetIndexes();
   delete Removed;
   if (!FTracksOrder) {
-    if (Index == 0 && FHeap.size() > 1) PushDown(0);
-    if (Index == 0 && !FHeap.empty()) __builtin_prefetch(FHeap[0].Element->GetItem());
+    if (Index == 0 && !FHeap.empty()) {
+      // Whoever pops reads the item it gets, which a numeric heap never reads itself: ask for
+      // it before the sift, and for the next top's once the sift is done, a whole pop ahead.
+      __builtin_prefetch(Result);
+      if (FHeap.size() > 1) PushDown(0);
+      __builtin_prefetch(FHeap[0].Element->GetItem());
+    }
     return Result;
   }
   if (static_cast<std::size_t>(Index) < FHeap.size()) {
@@ -536,7 +539,8 @@ THeapElement* THeap::PushUp(std::int32_t Index) {
   SiftFromBottom(Index);
   const bool Write = WriteIndexes();
   try {
-    return WithCompare([&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushUp(FHeap, FOrder, Index, Cmp, Write); });
+    return WithCompare(
+        [&](const auto& Cmp) -> THeapElement* { return TObjectOps::PushUp(FHeap, FOrder, Index, Cmp, Write); });
   } catch (...) {
     Unorder();  // a sift cut short may leave more than one element out of place
     throw;

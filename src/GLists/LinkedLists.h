@@ -164,7 +164,8 @@ class TGCustomLinkedList : public TPersistent {
   bool CanPopInline() const {
     const TSQNode* N = FHead;
     return FCount != 0 && N &&
-           detail::TNodePool::Word(N) == (reinterpret_cast<std::uintptr_t>(FPool) | detail::OwnStore | detail::OwnPlain);
+           detail::TNodePool::Word(N) ==
+               (reinterpret_cast<std::uintptr_t>(FPool) | detail::OwnStore | detail::OwnPlain);
   }
   /// Top, then Delete(Head), once CanPopInline said so.
   TObject* PopInline() {
@@ -297,7 +298,8 @@ class TGCustomLinkedList : public TPersistent {
   std::uint8_t FFreshState = 0;
   /// Called wherever what InlineKind depends on changes.
   void NoteInline() const noexcept {
-    FInline = FExact >= TExact::Queue && FPool && !FOnChange && !FEnumerators && FKept.empty() && !FFresh ? FExact : TExact::Unknown;
+    const bool Plain = FPool && !FOnChange && !FEnumerators && FKept.empty() && !FFresh;
+    FInline = FExact >= TExact::Queue && Plain ? FExact : TExact::Unknown;
   }
 };
 
