@@ -154,12 +154,14 @@ class TFloorTable {
     std::unique_ptr<std::uint8_t[]> OldOccupied = std::move(Occupied);
     Allocate(OldLength * 2u);
     for (std::uint32_t K = 0; K < OldLength; ++K) {
+      std::uint32_t H;
       if constexpr (StoredHash) {
         if (Old[K].Hash == -1) continue;
-      } else if (OldOccupied[K] == 0) {
-        continue;
+        H = static_cast<std::uint32_t>(Old[K].Hash);
+      } else {
+        if (OldOccupied[K] == 0) continue;
+        H = HashOf(Old[K].Key);
       }
-      const std::uint32_t H = HashOf(Old[K].Key);
       std::uint32_t I = H & Mask;
       while (Used(I)) I = (I + 1u) & Mask;
       Place(I, H, Old[K].Key, Old[K].Value);

@@ -464,7 +464,6 @@ class TKZDictionary : public TKZEnumerable<TPair<K, V>> {
     // tags come, whatever the table's size.
     const std::int32_t Index = SearchAny<false, true>(Key, HashCode);
     if (Index < 0) return V{};
-    if (Quiet()) return TakeOut(static_cast<std::uint32_t>(Index));
     K OldKey = std::move(FItems[static_cast<std::size_t>(Index)].Key);
     V Result = TakeOut(static_cast<std::uint32_t>(Index));
     Notify(OldKey, Result, Action);
