@@ -1,7 +1,7 @@
 // The generic dictionary against absl::flat_hash_map and std::unordered_map: insert, hit,
 // miss and remove with int32_t and 16-bit string keys at 1K, 64K and 1M entries. Every map
-// starts empty with no reserved room; lookups run in a shuffled order. Floor rows (int32_t
-// only) show what any table bound by the dictionary's layout and removal rule costs here.
+// starts empty with no reserved room; lookups run in a shuffled order. Floor rows show what any
+// table bound by the dictionary's layout and removal rule costs here.
 #include <benchmark/benchmark.h>
 
 #include <absl/container/flat_hash_map.h>
@@ -68,42 +68,48 @@ struct TStd {
   void Erase(const TKey& K) { M.erase(K); }
 };
 
-// The floor: the least a table bound by the dictionary's rules can do for int32_t keys and
-// values. Power-of-two linear probing from 4 buckets, growth at 3/4 full, the dictionary's
-// integer hash, and backward-shift removal (each later entry of the run moves into the gap
-// unless its home lies after the gap); no notifications, no enumeration, no tags. Free buckets
-// are marked by a byte array beside (key, value) buckets, or, as the dictionary marks them, by
-// a stored hash of -1 in (hash, key, value) buckets.
-template <bool StoredHash>
+// The floor: the least a table bound by the dictionary's rules can do. Power-of-two linear
+// probing from 4 buckets, growth at 3/4 full, the dictionary's default hash, and
+// backward-shift removal (each later entry of the run moves into the gap unless its home lies
+// after the gap); no notifications, no enumeration, no tags. Free buckets are marked by a
+// byte array beside (key, value) buckets (int32_t keys only), or, as the dictionary marks
+// them, by a stored hash of -1 in (hash, key, value) buckets, where stored hashes are compared
+// before keys. A removed key's storage is freed at once, as the dictionary frees it.
+template <bool StoredHash, class TKey>
 class TFloorTable {
+  static_assert(StoredHash || std::is_same_v<TKey, std::int32_t>);
   struct TPlain {
-    std::int32_t Key, Value;
+    TKey Key;
+    std::int32_t Value;
   };
   struct THashed {
-    std::int32_t Hash = -1, Key, Value;
+    std::int32_t Hash = -1;
+    TKey Key;
+    std::int32_t Value;
   };
   using TBucket = std::conditional_t<StoredHash, THashed, TPlain>;
 
  public:
   TFloorTable() { Allocate(4); }
-  void Insert(std::int32_t Key, std::int32_t Value) {
+  void Insert(const TKey& Key, std::int32_t Value) {
     if (Count >= Threshold) Grow();
     const std::uint32_t H = HashOf(Key);
     std::uint32_t I = H & Mask;
     for (; Used(I); I = (I + 1u) & Mask)
-      if (Buckets[I].Key == Key) return;
-    Place(I, H, Key, Value);
+      if (Same(I, H, Key)) return;
+    Place(I, H, TKey(Key), Value);
     ++Count;
   }
-  bool Has(std::int32_t Key) const { return Find(Key) >= 0; }
-  void Erase(std::int32_t Key) {
+  bool Has(const TKey& Key) const { return Find(Key) >= 0; }
+  void Erase(const TKey& Key) {
     const std::int64_t Found = Find(Key);
     if (Found < 0) return;
-    // The table is never full, so the walk meets a free bucket before it could wrap to the gap.
     auto Gap = static_cast<std::uint32_t>(Found);
+    [[maybe_unused]] const TKey Removed = std::move(Buckets[Gap].Key);
+    // The table is never full, so the walk meets a free bucket before it could wrap to the gap.
     for (std::uint32_t J = (Gap + 1u) & Mask; Used(J); J = (J + 1u) & Mask)
       if (((J - Home(J)) & Mask) >= ((J - Gap) & Mask)) {
-        Buckets[Gap] = Buckets[J];
+        Buckets[Gap] = std::move(Buckets[J]);
         Gap = J;
       }
     if constexpr (StoredHash)
@@ -114,7 +120,7 @@ class TFloorTable {
   }
 
  private:
-  static std::uint32_t HashOf(std::int32_t Key) {
+  static std::uint32_t HashOf(const TKey& Key) {
     return static_cast<std::uint32_t>(Generics::detail::DefaultHashCode(Key)) & 0x7FFFFFFFu;
   }
   bool Used(std::uint32_t I) const {
@@ -123,23 +129,30 @@ class TFloorTable {
     else
       return Occupied[I] != 0;
   }
+  bool Same(std::uint32_t I, std::uint32_t H, const TKey& Key) const {
+    if constexpr (StoredHash)
+      return Buckets[I].Hash == static_cast<std::int32_t>(H) && Buckets[I].Key == Key;
+    else
+      return Buckets[I].Key == Key;
+  }
   std::uint32_t Home(std::uint32_t I) const {
     if constexpr (StoredHash)
       return static_cast<std::uint32_t>(Buckets[I].Hash);
     else
       return HashOf(Buckets[I].Key);
   }
-  void Place(std::uint32_t I, std::uint32_t H, std::int32_t Key, std::int32_t Value) {
+  void Place(std::uint32_t I, std::uint32_t H, TKey&& Key, std::int32_t Value) {
     if constexpr (StoredHash) {
-      Buckets[I] = THashed{static_cast<std::int32_t>(H), Key, Value};
+      Buckets[I] = THashed{static_cast<std::int32_t>(H), std::move(Key), Value};
     } else {
       Buckets[I] = TPlain{Key, Value};
       Occupied[I] = 1;
     }
   }
-  std::int64_t Find(std::int32_t Key) const {
-    for (std::uint32_t I = HashOf(Key) & Mask; Used(I); I = (I + 1u) & Mask)
-      if (Buckets[I].Key == Key) return I;
+  std::int64_t Find(const TKey& Key) const {
+    const std::uint32_t H = HashOf(Key);
+    for (std::uint32_t I = H & Mask; Used(I); I = (I + 1u) & Mask)
+      if (Same(I, H, Key)) return I;
     return -1;
   }
   void Allocate(std::uint32_t Length) {
@@ -164,7 +177,7 @@ class TFloorTable {
       }
       std::uint32_t I = H & Mask;
       while (Used(I)) I = (I + 1u) & Mask;
-      Place(I, H, Old[K].Key, Old[K].Value);
+      Place(I, H, std::move(Old[K].Key), Old[K].Value);
     }
   }
 
@@ -174,9 +187,9 @@ class TFloorTable {
   std::uint32_t Count = 0, Threshold = 0;
 };
 template <class TKey>
-using TFloor = TFloorTable<false>;
+using TFloor = TFloorTable<false, TKey>;
 template <class TKey>
-using TFloorHash = TFloorTable<true>;
+using TFloorHash = TFloorTable<true, TKey>;
 
 template <class TMap, class TKey>
 void Fill(TMap& Map, const std::vector<TKey>& Keys) {
@@ -243,6 +256,7 @@ KZ_GENERICS_BENCH(TFloorHash, TInt)
 KZ_GENERICS_BENCH(TKZ, String)
 KZ_GENERICS_BENCH(TAbsl, String)
 KZ_GENERICS_BENCH(TStd, String)
+KZ_GENERICS_BENCH(TFloorHash, String)
 
 }  // namespace
 
