@@ -3,13 +3,20 @@
 // that carry their own priority; the integer queue is also given the priority, the others
 // compare the items (through the object, as the object queue must). Every side starts empty.
 // One more row gives std::priority_queue the comparison as the object queue gets it: a
-// function known only at run time, called through a pointer.
+// function known only at run time, called through a pointer. A floor row adds what else the
+// object queue must do: each push makes a separate element object (32 bytes, from a minimal
+// pool that carves doubling chunks and keeps a free list) and each pop frees it, with the
+// queue holding (item, element) slots so that the comparisons read no element.
 #include <benchmark/benchmark.h>
 
 #include <boost/heap/d_ary_heap.hpp>
+#include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <new>
 #include <queue>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "DataStructures/DataStructures.h"
@@ -60,6 +67,66 @@ struct TLaterByRunTimeCompare {
   std::int32_t (*Compare)(TObject*, TObject*) = RunTimeCompare;
   bool operator()(TItem* A, TItem* B) const { return Compare(A, B) > 0; }
 };
+
+// The floor's element: virtual, as the library's are, with an item, an owner and an index.
+struct TFloorElement {
+  virtual ~TFloorElement() = default;
+  TObject* Item = nullptr;
+  void* Owner = nullptr;
+  std::int32_t Index = 0;
+};
+class TFloorPool {
+ public:
+  void* Take() {
+    if (FFree) return std::exchange(FFree, *static_cast<void**>(FFree));
+    if (FCarve == FEnd) {
+      FChunks.emplace_back(new std::byte[FNext * Size]);
+      FCarve = FChunks.back().get();
+      FEnd = FCarve + FNext * Size;
+      FNext *= 2;
+    }
+    return std::exchange(FCarve, FCarve + Size);
+  }
+  void Give(void* Slot) { *static_cast<void**>(Slot) = std::exchange(FFree, Slot); }
+
+ private:
+  static constexpr std::size_t Size = sizeof(TFloorElement);
+  std::vector<std::unique_ptr<std::byte[]>> FChunks;
+  std::byte *FCarve = nullptr, *FEnd = nullptr;
+  void* FFree = nullptr;
+  std::size_t FNext = 256;
+};
+struct TFloorSlot {
+  TObject* Item;
+  TFloorElement* Element;
+};
+struct TFloorLater {
+  std::int32_t (*Compare)(TObject*, TObject*) = RunTimeCompare;
+  bool operator()(const TFloorSlot& A, const TFloorSlot& B) const { return Compare(A.Item, B.Item) > 0; }
+};
+
+void BM_FloorSeparateElements(benchmark::State& State) {
+  auto& V = Items();
+  for (auto _ : State) {
+    TFloorPool Pool;
+    std::priority_queue<TFloorSlot, std::vector<TFloorSlot>, TFloorLater> Q;
+    for (TItem& I : V) {
+      auto* E = ::new (Pool.Take()) TFloorElement;
+      E->Item = &I;
+      E->Owner = &Q;
+      Q.push({&I, E});
+    }
+    std::int32_t First = static_cast<TItem*>(Q.top().Item)->P, Last = First;
+    while (!Q.empty()) {
+      const TFloorSlot Top = Q.top();
+      Q.pop();
+      Last = static_cast<TItem*>(Top.Item)->P;
+      Top.Element->~TFloorElement();
+      Pool.Give(Top.Element);
+    }
+    Check(State, Last, First);
+  }
+}
 
 void BM_TIntPriorityQueue(benchmark::State& State) {
   auto& V = Items();
@@ -126,6 +193,7 @@ KZ_HEAP_BENCH(BM_Peer<TDary<2, TItem*, TLater>, false>)->Name("BoostDaryHeap2Obj
 KZ_HEAP_BENCH(BM_Peer<TDary<4, TItem*, TLater>, false>)->Name("BoostDaryHeap4Objects");
 KZ_HEAP_BENCH(BM_Peer<std::priority_queue<TItem*, std::vector<TItem*>, TLaterByRunTimeCompare>, false>)
     ->Name("StdPriorityQueueRunTimeCompare");
+KZ_HEAP_BENCH(BM_FloorSeparateElements)->Name("FloorSeparateElements");
 
 }  // namespace
 
