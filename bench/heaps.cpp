@@ -4,22 +4,20 @@
 // compare the items (through the object, as the object queue must). Every side starts empty.
 // One more row gives std::priority_queue the comparison as the object queue gets it: a
 // function known only at run time, called through a pointer. A floor row adds what else the
-// object queue must do: each push makes a separate element object (32 bytes, from a minimal
-// pool that carves doubling chunks and keeps a free list) and each pop frees it, with the
+// object queue must do: each push makes a separate element object (32 bytes, from the slab
+// the library's pools carve, without their per-element header) and each pop frees it, with the
 // queue holding (item, element) slots so that the comparisons read no element.
 #include <benchmark/benchmark.h>
 
 #include <boost/heap/d_ary_heap.hpp>
-#include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <new>
 #include <queue>
 #include <random>
-#include <utility>
 #include <vector>
 
 #include "DataStructures/DataStructures.h"
+#include "Runtime/Slab.h"
 
 using namespace kz;
 
@@ -75,27 +73,8 @@ struct TFloorElement {
   void* Owner = nullptr;
   std::int32_t Index = 0;
 };
-class TFloorPool {
- public:
-  void* Take() {
-    if (FFree) return std::exchange(FFree, *static_cast<void**>(FFree));
-    if (FCarve == FEnd) {
-      FChunks.emplace_back(new std::byte[FNext * Size]);
-      FCarve = FChunks.back().get();
-      FEnd = FCarve + FNext * Size;
-      FNext *= 2;
-    }
-    return std::exchange(FCarve, FCarve + Size);
-  }
-  void Give(void* Slot) { *static_cast<void**>(Slot) = std::exchange(FFree, Slot); }
-
- private:
-  static constexpr std::size_t Size = sizeof(TFloorElement);
-  std::vector<std::unique_ptr<std::byte[]>> FChunks;
-  std::byte *FCarve = nullptr, *FEnd = nullptr;
-  void* FFree = nullptr;
-  std::size_t FNext = 256;
-};
+// The library's slab, as the queue's pool uses it, without the pool's per-element header.
+constexpr std::size_t FloorClass = sizeof(TFloorElement) / detail::TSlab::Granule;
 struct TFloorSlot {
   TObject* Item;
   TFloorElement* Element;
@@ -108,10 +87,10 @@ struct TFloorLater {
 void BM_FloorSeparateElements(benchmark::State& State) {
   auto& V = Items();
   for (auto _ : State) {
-    TFloorPool Pool;
+    detail::TSlab Pool(256, SIZE_MAX);
     std::priority_queue<TFloorSlot, std::vector<TFloorSlot>, TFloorLater> Q;
     for (TItem& I : V) {
-      auto* E = ::new (Pool.Take()) TFloorElement;
+      auto* E = ::new (Pool.Take(FloorClass)) TFloorElement;
       E->Item = &I;
       E->Owner = &Q;
       Q.push({&I, E});
@@ -122,7 +101,7 @@ void BM_FloorSeparateElements(benchmark::State& State) {
       Q.pop();
       Last = static_cast<TItem*>(Top.Item)->P;
       Top.Element->~TFloorElement();
-      Pool.Give(Top.Element);
+      Pool.Give(Top.Element, FloorClass);
     }
     Check(State, Last, First);
   }
